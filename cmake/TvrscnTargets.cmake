@@ -1,0 +1,47 @@
+# How this project's targets are compiled, said once.
+
+# Warnings, sanitizers and include roots of a target of ours.
+function(tvrscn_configure target)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/include
+                                               ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /W4 /WX /permissive- /EHsc /utf-8)
+  else()
+    target_compile_options(
+      ${target}
+      PRIVATE -Wall
+              -Wextra
+              -Wpedantic
+              -Werror
+              -Wconversion
+              -Wsign-conversion
+              -Wshadow
+              -Wold-style-cast
+              -Wnon-virtual-dtor
+              -Woverloaded-virtual
+              -Wcast-align
+              -Wformat=2
+              -Wnull-dereference
+              -Wdouble-promotion)
+  endif()
+  if(TVRSCN_SANITIZE)
+    # -Wnull-dereference sees phantoms in instrumented code.
+    target_compile_options(${target} PRIVATE -fsanitize=${TVRSCN_SANITIZE} -fno-omit-frame-pointer
+                                             -fno-sanitize-recover=all -Wno-null-dereference)
+    target_link_options(${target} PRIVATE -fsanitize=${TVRSCN_SANITIZE})
+  endif()
+endfunction()
+
+# A GoogleTest program: tvrscn_add_test(name SOURCES ... LIBRARIES ...). Its working folder in a run
+# is its own; files under tests/data are found through TVRSCN_TEST_DATA.
+function(tvrscn_add_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  tvrscn_configure(${name})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  target_compile_definitions(${name} PRIVATE TVRSCN_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest GTest::gtest_main
+                                        Threads::Threads)
+  add_test(NAME ${name} COMMAND ${name})
+  set_property(GLOBAL APPEND PROPERTY TVRSCN_TEST_PROGRAMS ${name})
+endfunction()

@@ -1,0 +1,43 @@
+// Start and end of the imaging library, and the imaging jobs that several families share.
+#ifndef TVRSCN_TEVRAUTIL_GDI_WRAPPER_H
+#define TVRSCN_TEVRAUTIL_GDI_WRAPPER_H
+
+#include <cstdint>
+#include <string>
+
+#include "tvrscn/export.h"
+#include "tvrscn/types.h"
+
+// Imaging calls are usable between construction and destruction of a wrapper; wrappers may nest.
+class TVRSCN_UTIL_API GdiWrapper {
+ public:
+  GdiWrapper();
+  GdiWrapper(const GdiWrapper&) = delete;
+  GdiWrapper& operator=(const GdiWrapper&) = delete;
+  ~GdiWrapper();
+
+  // Fills clsid with the class id of the encoder for a MIME type ("image/jpeg", "image/tiff",
+  // "image/png", "image/bmp"). Returns the encoder's index, or -1 with clsid all zero.
+  int GetEncoderClsid(const wchar_t* mimeType, CLSID* clsid);
+
+  // Makes the JPEG file at path a legible black-and-white one, in place: resolution and size are
+  // kept, every pixel becomes black or white. Brightness (-255..255) moves the threshold towards
+  // white, contrast (-100..100) has no effect beyond it. Throws std::runtime_error that names the file
+  // when it cannot be read or written; the file is then as it was.
+  void BlackandWhiteImageProcessing(std::wstring& path, int brightness, int contrast);
+
+  // Applies brightness (-255..255, positive is brighter) and contrast (-100..100) to the JPEG file
+  // at path, in place, keeping resolution and size. Errors as above.
+  void BrightnessContrastApplyEffect(std::wstring path, int brightness, int contrast);
+
+  // Writes page k (from 0) of the TIFF file `source` as a single-page TIFF to prefix + decimal
+  // (firstNumber + k) + ".tif", keeping resolution, size and compression. Returns the number of pages
+  // written, 0 when source is no TIFF; a damaged file gives the pages that could be had.
+  std::uint32_t ConvertMultiPageTIFF2SinglePageTIFF(std::wstring source, std::wstring prefix,
+                                                    std::uint32_t firstNumber);
+
+ private:
+  ULONG_PTR m_token;  // the imaging library's start-up token; 0 where the system needs none
+};
+
+#endif  // TVRSCN_TEVRAUTIL_GDI_WRAPPER_H

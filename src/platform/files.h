@@ -1,0 +1,27 @@
+// Temporary files, and what a path looks like on this system.
+#ifndef TVRSCN_PLATFORM_FILES_H
+#define TVRSCN_PLATFORM_FILES_H
+
+#include "tvrscn/types.h"
+
+#if !defined(_WIN32)
+
+// The folder for temporary files with a trailing separator: $TMPDIR, else /tmp. Returns the length
+// without the terminator, the length needed with it when `characters` is too small, or 0.
+DWORD GetTempPathW(DWORD characters, wchar_t* buffer);
+// Creates an empty file of a new name, the first three letters of prefix in front when unique is 0.
+// fileName holds 260 characters. Returns a number other than 0, or 0 with a last error.
+UINT GetTempFileNameW(const wchar_t* folder, const wchar_t* prefix, UINT unique, wchar_t* fileName);
+BOOL DeleteFileW(const wchar_t* fileName);
+BOOL CopyFileW(const wchar_t* existing, const wchar_t* copy, BOOL failIfExists);
+
+#endif  // !_WIN32
+
+namespace tvrscn {
+
+// Between the parts of a path that the library builds: '\' on Windows, '/' on Linux.
+extern const wchar_t kPathSeparator;
+
+}  // namespace tvrscn
+
+#endif  // TVRSCN_PLATFORM_FILES_H
