@@ -20,9 +20,9 @@ class TVRSCN_API USB_HP_Controller : public BaseUSBController {
   USB_HP_Controller();
   ~USB_HP_Controller() override;
 
-  // Runs a whole job on the caller's thread. Pages become Image_<number>.JPG in imageFolder, numbered
-  // on through the life of the process. Throws std::invalid_argument or std::out_of_range for
-  // settings that hold no number, before the device is touched. errorShown is left alone.
+  // Runs a whole job on the caller's thread. Pages become Image_<number>.JPG in imageFolder,
+  // numbered on through the life of the process. Throws std::invalid_argument or std::out_of_range
+  // for settings that hold no number, before the device is touched. errorShown is left alone.
   long doScan(TevraScanUIData& settings, TVR_FP_CALLBACK* callback, const std::wstring& imageFolder,
               bool& errorShown) override;
 
@@ -61,8 +61,9 @@ class TVRSCN_API USB_HP_Controller : public BaseUSBController {
   // The job from inquiry to release; USB_SUCCESS (15009) when it went well.
   USBStatusErrors ScanViaUSB();
 
-  // Makes one page file out of the blocks in order of arrival and tells the caller. width in pixels,
-  // height in lines, fileNumber goes into the name. What fails is not reported but for an exception.
+  // Makes one page file out of the blocks in order of arrival and tells the caller. width in
+  // pixels, height in lines, fileNumber goes into the name. What fails is not reported but for an
+  // exception.
   void prepareFinalImage(
       std::vector<std::pair<std::shared_ptr<unsigned char>, unsigned long>>& blocks,
       unsigned short width, unsigned short height, short fileNumber);
@@ -77,7 +78,7 @@ class TVRSCN_API USB_HP_Controller : public BaseUSBController {
   std::int32_t m_lastIoResult;  // of the latest transfer of the three operations that keep it
   std::string m_defaultImageExtension;
   std::wstring m_defaultImageMimeType;
-  std::wstring m_imageFolderPath;  // of the running job
+  std::wstring m_imageFolderPath;                          // of the running job
   std::shared_ptr<CHPUSBScanDataSource> m_scanDataSource;  // of the running job
 };
 

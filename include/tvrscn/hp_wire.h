@@ -15,8 +15,8 @@ enum HPPKUSBStatusCode : std::uint8_t {
   HPPKUSB_STATUS_NO_MEMORY = 4,        // in the answer to RESERVE UNIT
   HPPKUSB_STATUS_CANCELLED = 4,        // elsewhere: the device ended the job
   HPPKUSB_STATUS_BUSY = 8,
-  HPPKUSB_STATUS_IN_USE = 9,           // another user has the scanner
-  HPPKUSB_STATUS_NO_RESOURCE = 255,    // in the answer to RESERVE UNIT
+  HPPKUSB_STATUS_IN_USE = 9,         // another user has the scanner
+  HPPKUSB_STATUS_NO_RESOURCE = 255,  // in the answer to RESERVE UNIT
 };
 
 // The word that details a check condition. Single bits, yet compared as whole words.
@@ -55,9 +55,9 @@ struct HPPKUSBSetWindowParameterRequest {
   std::uint8_t leadIn[2] = {0x1B, 0xA8};
   std::uint8_t command = 0x24;
   std::uint8_t fixed3 = 0x13;
-  std::uint8_t fixed4 = 0x00;          // 0x30 once filled
-  BigEndian32 windowWidth = {};        // 1/1200 inch
-  BigEndian32 windowHeight = {};       // 1/1200 inch
+  std::uint8_t fixed4 = 0x00;     // 0x30 once filled
+  BigEndian32 windowWidth = {};   // 1/1200 inch
+  BigEndian32 windowHeight = {};  // 1/1200 inch
   std::uint8_t resolutionCodeX = 0x05;
   std::uint8_t resolutionCodeY = 0x05;
   std::uint8_t reserved15[4] = {};

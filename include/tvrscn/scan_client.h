@@ -20,7 +20,7 @@
 // Which controller a client drives. Values without a name, 3 and 4 among them, are not served: the
 // client is built all the same, and its first use of the device ends the process with a message.
 enum ControllerType {
-  CONTROLLER_QZ = 1,      // not served by this version
+  CONTROLLER_QZ = 1,  // not served by this version
   CONTROLLER_HP = 2,
   CONTROLLER_HP_ALT = 5,  // the same controller as CONTROLLER_HP
   CONTROLLER_LOWEND = 6,  // not served by this version

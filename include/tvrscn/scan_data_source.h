@@ -53,19 +53,19 @@ class TVRSCN_API CUSBScanDataSource {
   bool isNeedImageProcessing();
 
  protected:
-  std::int32_t m_nWidth;         // millimetres
-  std::int32_t m_nHeight;        // millimetres
-  std::int32_t m_nPageLimit;     // 0: no limit
-  std::int32_t m_nFeedEdge;      // 1 short edge first, 0 long edge first
+  std::int32_t m_nWidth;      // millimetres
+  std::int32_t m_nHeight;     // millimetres
+  std::int32_t m_nPageLimit;  // 0: no limit
+  std::int32_t m_nFeedEdge;   // 1 short edge first, 0 long edge first
   std::string m_backgroundRemoval;
   std::string m_resolution;
   std::string m_sides;
   std::int32_t m_nContrast;
   std::int32_t m_nBrightness;
   std::string m_colorMode;
-  std::string m_hardwareId;      // set by the store application's path only
-  bool m_bNeedImageProcessing;   // the stored image must be post-processed
-  std::int32_t m_nPaperSource;   // 0 the flatbed, 1 the feeder
+  std::string m_hardwareId;     // set by the store application's path only
+  bool m_bNeedImageProcessing;  // the stored image must be post-processed
+  std::int32_t m_nPaperSource;  // 0 the flatbed, 1 the feeder
   std::string m_mediaSize;
 
  private:

@@ -77,9 +77,10 @@ using PfnSetupDiGetDeviceInstanceIdW = BOOL(TVRSCN_WINAPI*)(HDEVINFO, SP_DEVINFO
 using PfnSetupDiDestroyDeviceInfoList = BOOL(TVRSCN_WINAPI*)(HDEVINFO);
 using PfnSetupDiEnumDeviceInterfaces = BOOL(TVRSCN_WINAPI*)(HDEVINFO, SP_DEVINFO_DATA*, const GUID*,
                                                             DWORD, SP_DEVICE_INTERFACE_DATA*);
-using PfnSetupDiGetDeviceInterfaceDetailW = BOOL(TVRSCN_WINAPI*)(
-    HDEVINFO, SP_DEVICE_INTERFACE_DATA*, SP_DEVICE_INTERFACE_DETAIL_DATA_W*, DWORD, DWORD*,
-    SP_DEVINFO_DATA*);
+using PfnSetupDiGetDeviceInterfaceDetailW = BOOL(TVRSCN_WINAPI*)(HDEVINFO,
+                                                                 SP_DEVICE_INTERFACE_DATA*,
+                                                                 SP_DEVICE_INTERFACE_DETAIL_DATA_W*,
+                                                                 DWORD, DWORD*, SP_DEVINFO_DATA*);
 using PfnSetupDiGetDeviceRegistryPropertyW = BOOL(TVRSCN_WINAPI*)(HDEVINFO, SP_DEVINFO_DATA*, DWORD,
                                                                   DWORD*, BYTE*, DWORD, DWORD*);
 

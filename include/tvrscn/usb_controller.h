@@ -36,7 +36,8 @@ class TVRSCN_API BaseUSBController {
   virtual ~BaseUSBController();
 
   // Runs one job and returns 0 for success, 1 for failure. settings and callback stay the caller's
-  // and must outlive the job. errorShown is set where the family tells the user of a failure itself.
+  // and must outlive the job. errorShown is set where the family tells the user of a failure
+  // itself.
   virtual long doScan(TevraScanUIData& settings, TVR_FP_CALLBACK* callback,
                       const std::wstring& outputFolder, bool& errorShown) = 0;
 
@@ -53,13 +54,13 @@ class TVRSCN_API BaseUSBController {
   // Shares the dictionary whose texts the failure dialogs show.
   void InitExceptionStrings(std::shared_ptr<CErrorCodeDictionary>& dictionary);
 
-  // Searches the present devices of an enumerator ("USB") for the first whose upper-cased instance id
-  // holds hardwareId, and opens its endpoint twice when openDevice is true. hardwareId is compared
-  // as it stands: pass it in upper case. An empty one matches every device.
+  // Searches the present devices of an enumerator ("USB") for the first whose upper-cased instance
+  // id holds hardwareId, and opens its endpoint twice when openDevice is true. hardwareId is
+  // compared as it stands: pass it in upper case. An empty one matches every device.
   //
   // Returns 0 for success; USB_ERR_OPEN (15007) when nothing was found or opened and no handle was
-  // open before; USB_ERR_NO_DEVICE_SETUP (15008); 55 when the device was not to be opened and was not
-  // found; or the system's last error at the step that failed, which may be stale, even 0.
+  // open before; USB_ERR_NO_DEVICE_SETUP (15008); 55 when the device was not to be opened and was
+  // not found; or the system's last error at the step that failed, which may be stale, even 0.
   int FindStatusEndPointFromPrinterPort(wchar_t* enumerator, std::string hardwareId,
                                         bool openDevice);
 
@@ -90,22 +91,22 @@ class TVRSCN_API BaseUSBController {
   std::string getPid(const std::string& hardwareId);
 
  protected:
-  XMutex* m_pMutex;                   // owned; null until GetMutexPtr
-  std::uint8_t m_reservedClientID;    // QZ: client id out of the RESERVE UNIT reply
-  std::uint8_t m_ecpCommandId;        // QZ: command byte of the last reply header
-  bool m_bRetryCommand;               // QZ: the device answered busy
-  bool m_bReleaseInfo;                // QZ: release the reservation after this failure
-  bool m_bJobCancelled;               // QZ: the device reported the job as cancelled
-  bool m_bImageNotified;              // NOTIFY_TRANSFER_STARTED went out in this job
-  HANDLE m_hDeviceWrite;              // requests go out here
-  HANDLE m_hDeviceRead;               // replies come in here
-  TVR_FP_CALLBACK* m_pCallback;       // of the running job, not owned
-  bool m_bUsingTevraUI;               // failures may show dialogs
+  XMutex* m_pMutex;                 // owned; null until GetMutexPtr
+  std::uint8_t m_reservedClientID;  // QZ: client id out of the RESERVE UNIT reply
+  std::uint8_t m_ecpCommandId;      // QZ: command byte of the last reply header
+  bool m_bRetryCommand;             // QZ: the device answered busy
+  bool m_bReleaseInfo;              // QZ: release the reservation after this failure
+  bool m_bJobCancelled;             // QZ: the device reported the job as cancelled
+  bool m_bImageNotified;            // NOTIFY_TRANSFER_STARTED went out in this job
+  HANDLE m_hDeviceWrite;            // requests go out here
+  HANDLE m_hDeviceRead;             // replies come in here
+  TVR_FP_CALLBACK* m_pCallback;     // of the running job, not owned
+  bool m_bUsingTevraUI;             // failures may show dialogs
   std::shared_ptr<CErrorCodeDictionary> m_pErrorDictionary;
-  bool m_bErrorShown;                 // LowEnd: a failure dialog was shown in this job
-  std::wstring m_deviceLabel;         // kept, never read
-  std::string m_hardwareId;           // upper case
-  std::string m_deviceName;           // kept, never read
+  bool m_bErrorShown;          // LowEnd: a failure dialog was shown in this job
+  std::wstring m_deviceLabel;  // kept, never read
+  std::string m_hardwareId;    // upper case
+  std::string m_deviceName;    // kept, never read
 
   // The device-setup service; each null when it could not be resolved.
   PfnSetupDiGetClassDevsW m_pfnSetupDiGetClassDevsW;

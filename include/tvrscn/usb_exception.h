@@ -10,8 +10,8 @@
 #include "tvrscn/notifications.h"
 #include "tvrscn/tevrautil/error_code_dictionary.h"
 
-// In all three handlers callback and dictionary stay the caller's and may be null, and showDialog is
-// the caller's wish for dialogs: with 0 the dictionary is not touched and the result is 1022. A
+// In all three handlers callback and dictionary stay the caller's and may be null, and showDialog
+// is the caller's wish for dialogs: with 0 the dictionary is not touched and the result is 1022. A
 // dialog blocks the calling thread until the user has answered.
 class TVRSCN_API USBException : public std::exception {
  public:

@@ -10,8 +10,8 @@ constexpr UINT CP_ACP = 0;  // the system's narrow code page; UTF-8 here
 constexpr UINT CP_UTF8 = 65001;
 
 // The name goes into buffer with its terminator; *size is the buffer's length in characters and
-// becomes the length used (user name: with, computer name: without the terminator). A name that does
-// not fit leaves the buffer alone and sets a last error.
+// becomes the length used (user name: with, computer name: without the terminator). A name that
+// does not fit leaves the buffer alone and sets a last error.
 BOOL GetUserNameW(wchar_t* buffer, DWORD* size);
 BOOL GetComputerNameW(wchar_t* buffer, DWORD* size);
 

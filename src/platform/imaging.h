@@ -28,8 +28,10 @@ enum GpStatus {
 
 using REAL = float;
 using PixelFormat = INT;
-class GpImage;
-class GpBitmap;  // a GpImage
+// Empty, as in the system's own headers: the implementation derives its bitmap from GpBitmap and
+// converts back with static_cast.
+class GpImage {};
+class GpBitmap : public GpImage {};
 class GpGraphics;
 class CGpEffect;
 struct EncoderParameters;
@@ -44,8 +46,6 @@ struct BrightnessContrastParams {
   INT brightnessLevel;  // -255..255
   INT contrastLevel;    // -100..100
 };
-
-
 
 namespace DllExports {
 

@@ -19,8 +19,8 @@ inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(static_cast<ULONG_
 // "SYSTEM\CurrentControlSet\Control\Class\<driver key>" of the present devices. Returns
 // ERROR_SUCCESS or the reason; the last error is left alone. Keys are never closed.
 LSTATUS RegOpenKeyExW(HKEY key, const wchar_t* subKey, DWORD options, REGSAM access, HKEY* result);
-// Reads "CreateFileName" of a class key as wide text with its terminator; size is in bytes. The last
-// error is left alone.
+// Reads "CreateFileName" of a class key as wide text with its terminator; size is in bytes. The
+// last error is left alone.
 LSTATUS RegQueryValueExW(HKEY key, const wchar_t* valueName, DWORD* reserved, DWORD* type,
                          BYTE* data, DWORD* size);
 

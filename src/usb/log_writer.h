@@ -21,15 +21,16 @@ inline constexpr std::size_t kLogLineCapacity = 1024;
 // One value for a placeholder. Texts are borrowed for the length of the call.
 class LogArgument {
  public:
-  LogArgument(int value) : value_(std::int64_t{value}) {}             // NOLINT(*-explicit-*)
-  LogArgument(long value) : value_(std::int64_t{value}) {}            // NOLINT(*-explicit-*)
-  LogArgument(unsigned value) : value_(std::int64_t{value}) {}        // NOLINT(*-explicit-*)
-  LogArgument(unsigned long value)                                    // NOLINT(*-explicit-*)
+  LogArgument(int value) : value_(std::int64_t{value}) {}       // NOLINT(*-explicit-*)
+  LogArgument(long value) : value_(std::int64_t{value}) {}      // NOLINT(*-explicit-*)
+  LogArgument(unsigned value) : value_(std::int64_t{value}) {}  // NOLINT(*-explicit-*)
+  LogArgument(unsigned long value)                              // NOLINT(*-explicit-*)
       : value_(static_cast<std::int64_t>(value)) {}
-  LogArgument(const wchar_t* text) : value_(std::wstring_view(text)) {}   // NOLINT(*-explicit-*)
-  LogArgument(const std::wstring& text) : value_(std::wstring_view(text)) {}  // NOLINT(*-explicit-*)
-  LogArgument(const char* text) : value_(std::string_view(text)) {}       // NOLINT(*-explicit-*)
-  LogArgument(const std::string& text) : value_(std::string_view(text)) {}    // NOLINT(*-explicit-*)
+  LogArgument(const wchar_t* text) : value_(std::wstring_view(text)) {}  // NOLINT(*-explicit-*)
+  LogArgument(const std::wstring& text)
+      : value_(std::wstring_view(text)) {}                                  // NOLINT(*-explicit-*)
+  LogArgument(const char* text) : value_(std::string_view(text)) {}         // NOLINT(*-explicit-*)
+  LogArgument(const std::string& text) : value_(std::string_view(text)) {}  // NOLINT(*-explicit-*)
 
   // Appends the value as text; narrow text is widened byte by byte.
   void appendTo(std::wstring& line) const;

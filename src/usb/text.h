@@ -13,10 +13,10 @@ std::string narrow(std::wstring_view text);
 // One character per byte.
 std::wstring widen(std::string_view text);
 
-// The integer at the start of text, base 10, as std::stoi reads it: leading white space and a sign are
-// taken, what follows the digits is ignored. Throws std::invalid_argument ("invalid stoi argument")
-// without digits, std::out_of_range ("stoi argument out of range") beyond 32 bits; the words are the
-// same on every system.
+// The integer at the start of text, base 10, as std::stoi reads it: leading white space and a sign
+// are taken, what follows the digits is ignored. Throws std::invalid_argument ("invalid stoi
+// argument") without digits, std::out_of_range ("stoi argument out of range") beyond 32 bits; the
+// words are the same on every system.
 int toInt(std::string_view text);
 
 }  // namespace tvrscn

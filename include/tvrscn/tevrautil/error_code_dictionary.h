@@ -15,7 +15,8 @@ struct AlertStatus {
   std::string description;
 };
 
-// Twelve texts, empty until InitExceptionStrings has run. Client and controller share one dictionary.
+// Twelve texts, empty until InitExceptionStrings has run. Client and controller share one
+// dictionary.
 class TVRSCN_UTIL_API CErrorCodeDictionary {
  public:
   CErrorCodeDictionary();

@@ -22,8 +22,8 @@ class TVRSCN_UTIL_API GdiWrapper {
 
   // Makes the JPEG file at path a legible black-and-white one, in place: resolution and size are
   // kept, every pixel becomes black or white. Brightness (-255..255) moves the threshold towards
-  // white, contrast (-100..100) has no effect beyond it. Throws std::runtime_error that names the file
-  // when it cannot be read or written; the file is then as it was.
+  // white, contrast (-100..100) has no effect beyond it. Throws std::runtime_error that names the
+  // file when it cannot be read or written; the file is then as it was.
   void BlackandWhiteImageProcessing(std::wstring& path, int brightness, int contrast);
 
   // Applies brightness (-255..255, positive is brighter) and contrast (-100..100) to the JPEG file
@@ -31,8 +31,8 @@ class TVRSCN_UTIL_API GdiWrapper {
   void BrightnessContrastApplyEffect(std::wstring path, int brightness, int contrast);
 
   // Writes page k (from 0) of the TIFF file `source` as a single-page TIFF to prefix + decimal
-  // (firstNumber + k) + ".tif", keeping resolution, size and compression. Returns the number of pages
-  // written, 0 when source is no TIFF; a damaged file gives the pages that could be had.
+  // (firstNumber + k) + ".tif", keeping resolution, size and compression. Returns the number of
+  // pages written, 0 when source is no TIFF; a damaged file gives the pages that could be had.
   std::uint32_t ConvertMultiPageTIFF2SinglePageTIFF(std::wstring source, std::wstring prefix,
                                                     std::uint32_t firstNumber);
 

@@ -15,8 +15,8 @@ class TVRSCN_UTIL_API XMutex {
   // Gives the mutex up if this object holds it.
   virtual ~XMutex();
 
-  // Tries up to `tries` times, waiting up to `millisecondsPerTry` each; true when the mutex is held,
-  // also when this object held it before. False when it could not be had in time or at all.
+  // Tries up to `tries` times, waiting up to `millisecondsPerTry` each; true when the mutex is
+  // held, also when this object held it before. False when it could not be had in time or at all.
   bool WaitWithRetry(unsigned long millisecondsPerTry, unsigned long tries);
 
  private:

@@ -7,8 +7,9 @@
 
 #include "tvrscn/export.h"
 
-// Filled by the driver, read by the scan client; a plain value without behaviour. Texts are compared
-// exactly and case-sensitively; an unknown text is no error but takes the family's usual value.
+// Filled by the driver, read by the scan client; a plain value without behaviour. Texts are
+// compared exactly and case-sensitively; an unknown text is no error but takes the family's usual
+// value.
 class TVRSCN_UTIL_API TevraScanUIData {
  public:
   TevraScanUIData();
@@ -19,9 +20,9 @@ class TVRSCN_UTIL_API TevraScanUIData {
   std::string mediaSize;   // a media name such as "ISO_A4SEF"
   std::int32_t pageWidth;  // millimetres
   std::int32_t pageHeight;
-  std::string sides;       // "OneSided", "TwoSided" or "SecondSideRotation"
-  std::string resolution;  // "300x300" and the like, dots per inch
-  std::string colorMode;   // "FullColor", "Grayscale", "BlackAndWhite" or "Auto"
+  std::string sides;        // "OneSided", "TwoSided" or "SecondSideRotation"
+  std::string resolution;   // "300x300" and the like, dots per inch
+  std::string colorMode;    // "FullColor", "Grayscale", "BlackAndWhite" or "Auto"
   std::wstring brightness;  // decimal digits, a sign allowed; a darkness: larger is darker
   std::wstring contrast;
   std::wstring backgroundRemoval;  // "Off", anything else is on
