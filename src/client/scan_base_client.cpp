@@ -1,11 +1,11 @@
 // The transport-neutral client, and the one way by which notifications leave the library.
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <new>
 
+#include "platform/files.h"
 #include "tvrscn/scan_client.h"
 
 namespace {
@@ -38,7 +38,7 @@ int ScanBaseClient::GetScanInterfaceVersion(std::string& /*version*/, short& /*m
 }
 
 void ScanBaseClient::Dump(const std::string& text, const std::wstring& filePath) {
-  std::ofstream file(std::filesystem::path(filePath), std::ios::binary | std::ios::trunc);
+  std::ofstream file(tvrscn::systemPath(filePath), std::ios::binary | std::ios::trunc);
   file.write(text.data(), static_cast<std::streamsize>(text.size()));
 }
 

@@ -3,7 +3,6 @@
 #include "family_hp/hp_page_assembly.h"
 
 #include <exception>
-#include <filesystem>
 #include <fstream>
 
 #include "platform/device_file.h"
@@ -21,7 +20,7 @@ constexpr DWORD kTempPathCapacity = 261;
 constexpr wchar_t kStripFilePrefix[] = L"aster_";
 
 void writeStripFile(const std::wstring& path, const unsigned char* bytes, unsigned long size) {
-  std::ofstream file(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
+  std::ofstream file(tvrscn::systemPath(path), std::ios::binary | std::ios::trunc);
   file.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(size));
   file.flush();
   file.close();

@@ -2,6 +2,9 @@
 #ifndef TVRSCN_PLATFORM_FILES_H
 #define TVRSCN_PLATFORM_FILES_H
 
+#include <filesystem>
+#include <string>
+
 #include "tvrscn/types.h"
 
 #if !defined(_WIN32)
@@ -21,6 +24,9 @@ namespace tvrscn {
 
 // Between the parts of a path that the library builds: '\' on Windows, '/' on Linux.
 extern const wchar_t kPathSeparator;
+
+// A path as the standard library's file streams take it here.
+std::filesystem::path systemPath(const std::wstring& path);
 
 }  // namespace tvrscn
 

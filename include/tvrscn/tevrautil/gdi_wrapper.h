@@ -14,20 +14,24 @@ class TVRSCN_UTIL_API GdiWrapper {
   GdiWrapper();
   GdiWrapper(const GdiWrapper&) = delete;
   GdiWrapper& operator=(const GdiWrapper&) = delete;
+  // NOLINTNEXTLINE(performance-trivially-destructible): exported, and shuts down where there is a token
   ~GdiWrapper();
 
   // Fills clsid with the class id of the encoder for a MIME type ("image/jpeg", "image/tiff",
   // "image/png", "image/bmp"). Returns the encoder's index, or -1 with clsid all zero.
   int GetEncoderClsid(const wchar_t* mimeType, CLSID* clsid);
 
-  // Makes the JPEG file at path a legible black-and-white one, in place: resolution and size are
-  // kept, every pixel becomes black or white. Brightness (-255..255) moves the threshold towards
-  // white, contrast (-100..100) has no effect beyond it. Throws std::runtime_error that names the
-  // file when it cannot be read or written; the file is then as it was.
+  // Makes the JPEG file at path a legible black-and-white one, in place: every pixel becomes black
+  // or white by what surrounds it, resolution and size are kept, and the quality is not below the
+  // file's own. Brightness (-255..255, beyond that as the end of the range) moves the threshold:
+  // positive is whiter. Contrast has no effect. A picture that cannot be read stays as it is.
+  // Throws std::runtime_error that names the file when the result cannot be written; the file is
+  // then as it was.
   void BlackandWhiteImageProcessing(std::wstring& path, int brightness, int contrast);
 
   // Applies brightness (-255..255, positive is brighter) and contrast (-100..100) to the JPEG file
-  // at path, in place, keeping resolution and size. Errors as above.
+  // at path, in place; values beyond count as the end of their range. Resolution, size and colour
+  // sampling are kept, the quality is not below the file's own. Errors as above.
   void BrightnessContrastApplyEffect(std::wstring path, int brightness, int contrast);
 
   // Writes page k (from 0) of the TIFF file `source` as a single-page TIFF to prefix + decimal

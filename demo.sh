@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Builds tvrscan and scans with it from the virtual HP scanner: real page images that went the whole
+# road, from device tree to files, into the folder demo-pages (or the one given).
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+out=${1:-demo-pages}
+
+scripts/install-packages.sh build-essential cmake ninja-build libcli11-dev libjpeg62-turbo-dev \
+  libpng-dev libtiff-dev nlohmann-json3-dev
+if [ ! -e build/linux/build.ninja ]; then
+  # A machine without the test libraries still gets its demo.
+  tests=ON benchmarks=ON
+  [ -e /usr/include/gtest/gtest.h ] || tests=OFF
+  [ -e /usr/include/benchmark/benchmark.h ] || benchmarks=OFF
+  cmake --preset linux -DTVRSCN_BUILD_TESTS=$tests -DTVRSCN_BUILD_BENCHMARKS=$benchmarks >/dev/null
+fi
+cmake --build --preset linux --target tvrscan >/dev/null
+tvrscan=build/linux/tvrscan
+
+run() {
+  printf '\n$ tvrscan %s\n' "$*"
+  "$tvrscan" "$@"
+}
+
+mkdir -p "$out"
+run scan --virtual hp --resolution 300 --mode color --size a4 --out "$out/flatbed"
+run scan --virtual hp --feeder 2 --sides two --resolution 200 --mode gray --size a4 \
+  --out "$out/feeder" --name 'sheet-%02d'
+run scan --virtual hp --resolution 300 --mode bw --size a5 --background on --out "$out/black-and-white"
+printf '\nThe pages:\n'
+find "$out" -name '*.jpg' | sort | xargs ls -l

@@ -1,0 +1,42 @@
+// Brightness and contrast as a table of 256 levels, the same for every channel.
+//
+//   contrast c, -100..100, about mid grey:   k(v) = 127.5 + (v - 127.5) * slope
+//     slope = (100 + c) / 100   for c <= 0   (-100: everything is mid grey, 128)
+//     slope = 100 / (100 - c)   for 0 < c < 100
+//     c = 100: black below 128, white from 128 on
+//   then brightness b, -255..255, a plain shift:   t(v) = k(v) + b
+//
+// Each of the two is rounded half up and cut to 0..255, so +255 is white all over and -255 black
+// all over whatever the contrast, and 0 and 0 change nothing.
+#ifndef TVRSCN_PLATFORM_POSIX_IMAGING_EFFECT_H
+#define TVRSCN_PLATFORM_POSIX_IMAGING_EFFECT_H
+
+#include <array>
+
+#include "platform/imaging.h"
+
+namespace tvrscn::imaging {
+
+constexpr int kMaxBrightness = 255;
+constexpr int kMaxContrast = 100;
+
+// Both values have to be within their range.
+std::array<BYTE, 256> brightnessContrastTable(int brightness, int contrast);
+
+}  // namespace tvrscn::imaging
+
+namespace Gdiplus {
+
+class CGpEffect {
+ public:
+  // False, and nothing is changed, when a value is out of range.
+  [[nodiscard]] bool set(const BrightnessContrastParams& parameters);
+  [[nodiscard]] const BrightnessContrastParams& parameters() const { return parameters_; }
+
+ private:
+  BrightnessContrastParams parameters_{0, 0};
+};
+
+}  // namespace Gdiplus
+
+#endif  // TVRSCN_PLATFORM_POSIX_IMAGING_EFFECT_H

@@ -1,0 +1,317 @@
+#include "command_line.h"
+
+#include <algorithm>
+#include <optional>
+
+#include <CLI/CLI.hpp>
+
+#include "virtual/virtual_scanner.h"
+#include "words.h"
+
+namespace tvrscn::cli {
+namespace {
+
+constexpr const char* kFooter = R"(
+Examples:
+  tvrscan devices
+  tvrscan scan --out ~/scans
+  tvrscan scan --device 'VID_0A7E&PID_1F48&MI_00' --mode gray --resolution 200 --size letter
+  tvrscan scan --virtual hp --feeder 3 --sides two --name 'page-%03d'
+  tvrscan virtual hp --flatbed
+
+tvrscan help exit-codes lists how it ends, tvrscan help sizes the page sizes, tvrscan help faults
+what a virtual scanner can be told to do wrong. The manual: man tvrscan.)";
+
+constexpr const char* kScanFooter = R"(
+Page files go to standard output, one path a line; messages go to standard error. No file is
+ever replaced. 'tvrscan help exit-codes' tells what the exit code means.)";
+
+[[noreturn]] void refuse(const std::string& option, const std::string& text) {
+  throw CLI::ValidationError(option, text);
+}
+
+[[noreturn]] void refuseWord(const std::string& option, const std::string& word,
+                             const std::vector<std::string>& words, const std::string& hint) {
+  const std::string near = suggestion(word, words);
+  refuse(option, "'" + word + "' is unknown; " + (near.empty() ? hint : near));
+}
+
+// An option whose word stands for a text of the settings.
+void addWord(CLI::App& app, const std::string& option, const std::string& description,
+             std::string& target, std::optional<std::string> (*parse)(std::string_view),
+             std::vector<std::string> (*words)(), const std::string& hint) {
+  app.add_option_function<std::string>(
+         option,
+         [=, &target](const std::string& word) {
+           const std::optional<std::string> setting = parse(word);
+           if (!setting) refuseWord(option, word, words(), hint);
+           target = *setting;
+         },
+         description)
+      ->type_name("WORD");
+}
+
+void requireServed(const std::string& option, const std::string& word) {
+  const std::string family = lowerCase(word);
+  if (family == "qz" || family == "lowend") {
+    throw UsageProblem{ExitCode::kNotSupported,
+                       option + ": the family " + family + " is not served by this version yet"};
+  }
+  if (family != "hp")
+    refuseWord(option, word, {"hp", "qz", "lowend"}, "the families are hp, qz and lowend");
+}
+
+CLI::Option* addPercent(CLI::App& app, const std::string& option, const std::string& description,
+                        int& target) {
+  return app.add_option(option, target, description)
+      ->check(CLI::Range(-100, 100))
+      ->type_name("PERCENT");
+}
+
+void addVirtual(CLI::App& app, VirtualOptions& target) {
+  app.add_option("--page", target.pageFiles,
+                 "virtual scanner: image to scan (JPEG, PNG, TIFF); may be repeated")
+      ->type_name("FILE")
+      ->expected(1)
+      ->take_all();
+  auto* feeder = app.add_option("--feeder", target.feederSheets,
+                                "virtual scanner: so many sheets lie in the feeder");
+  feeder->check(CLI::Range(1, 999))->type_name("SHEETS");
+  app.add_flag("--flatbed", target.flatbed, "virtual scanner: the document lies on the glass")
+      ->excludes(feeder);
+  app.add_option("--fault", target.faults,
+                 "virtual scanner: misbehave; may be repeated; 'help' lists what there is")
+      ->type_name("FAULT")
+      ->expected(1)
+      ->take_all();
+}
+
+void addDevice(CLI::App& app, DeviceOptions& target) {
+  auto* device = app.add_option_function<std::string>(
+      "--device",
+      [&target](const std::string& word) {
+        if (word.empty()) refuse("--device", "it is empty; 'tvrscan devices' lists hardware ids");
+        target.hardwareId = upperCase(word);
+      },
+      "hardware id of the device; needed when there is more than one");
+  device->type_name("HWID");
+  auto* inProcess = app.add_option_function<std::string>(
+      "--virtual",
+      [&target](const std::string& word) {
+        requireServed("--virtual", word);
+        target.useVirtual = true;
+      },
+      "scan with a software scanner of this family");
+  inProcess->type_name("FAMILY")->excludes(device);
+  app.add_option_function<std::string>(
+         "--family",
+         [&target](const std::string& word) {
+           requireServed("--family", word);
+           target.family = lowerCase(word);
+         },
+         "device family: hp (the default)")
+      ->type_name("FAMILY");
+  addVirtual(app, target.virtualOptions);
+  for (const char* option : {"--page", "--feeder", "--flatbed", "--fault"}) {
+    app.get_option(option)->needs(inProcess);
+  }
+}
+
+void addSettings(CLI::App& app, ScanSettings& target) {
+  addWord(app, "--resolution", "dots per inch: 75 100 150 200 300 400 600 1200 (default 300)",
+          target.resolution, parseResolution, resolutionWords,
+          "write for instance 300; known are 72 75 100 150 200 300 400 600 1200 200x100 200x400");
+  addWord(app, "--mode", "color, gray, bw or auto (default color)", target.colorMode, parseMode,
+          modeWords, "the modes are color, gray, bw and auto");
+  addWord(app, "--sides", "one, two, or flip: two with the back turned (default one)", target.sides,
+          parseSides, sidesWords, "the sides are one, two and flip");
+  app.add_option_function<std::string>(
+         "--size",
+         [&target](const std::string& word) {
+           const std::optional<PageSize> size = parsePageSize(word);
+           if (!size) {
+             refuseWord("--size", word, pageSizeWords(),
+                        "write a name ('tvrscan help sizes') or for instance 210x297mm or 4x6in, "
+                        "sides of 1 to 2000 mm");
+           }
+           target.size = *size;
+         },
+         "a4, letter, ..., or WIDTHxHEIGHT with mm, cm or in (default a4)")
+      ->type_name("SIZE");
+  addPercent(app, "--brightness", "-100 (black) to 100 (white); positive is brighter (default 0)",
+             target.brightness);
+  addPercent(app, "--contrast", "-100 (flat grey) to 100 (hardest) (default 0)", target.contrast);
+  addWord(app, "--background", "remove the background of the paper: off or on (default off)",
+          target.background, parseBackground, backgroundWords, "it is off or on");
+}
+
+void addScan(CLI::App& root, ScanOptions& target) {
+  CLI::App& app = *root.add_subcommand("scan", "Scan pages into files");
+  app.footer(kScanFooter);
+  addDevice(app, target.device);
+  addSettings(app, target.settings);
+  app.add_option("--out,-o", target.folder, "folder for the pages; made if missing (default .)")
+      ->type_name("FOLDER");
+  app.add_option_function<std::string>(
+         "--name",
+         [&target](const std::string& word) {
+           std::string problem;
+           const std::optional<NamePattern> pattern = NamePattern::parse(word, problem);
+           if (!pattern) refuse("--name", "'" + word + "' is no name for pages: " + problem);
+           target.name = *pattern;
+         },
+         "names of the pages, with one number, such as 'page-%03d' (default Image_%d)")
+      ->type_name("PATTERN");
+  app.add_option("--timeout", target.timeoutSeconds,
+                 "give up when nothing happens for so many seconds, and keep the pages")
+      ->check(CLI::Range(1, 86400))
+      ->type_name("SECONDS");
+  app.add_flag("--dialogs", target.dialogs, "show the library's message boxes for failures");
+  app.add_flag("--json", target.json, "write one JSON object a line to standard output");
+  app.add_flag("--quiet,-q", target.quiet, "say nothing but failures on standard error");
+  app.add_option("--log", target.logFile, "append the library's log to this file")
+      ->type_name("FILE");
+}
+
+void addRanges(CLI::App& root, RangesOptions& target) {
+  CLI::App& app =
+      *root.add_subcommand("ranges", "Show the device's ranges of brightness and contrast");
+  addDevice(app, target.device);
+  app.add_flag("--json", target.json, "write one JSON object to standard output");
+}
+
+void addVirtualCommand(CLI::App& root, VirtualCommandOptions& target) {
+  CLI::App& app = *root.add_subcommand("virtual", "Run a software scanner until Ctrl-C");
+  app.require_subcommand(1);
+  CLI::App& hp = *app.add_subcommand("hp", "A scanner of the HP family");
+  hp.add_option("--listen", target.listen, "path of its endpoint (default: a private one)")
+      ->type_name("PATH");
+  hp.add_option("--device-folder", target.deviceFolder,
+                "where it registers (default: $TVRSCN_DEVICE_PATH, else the user's)")
+      ->type_name("FOLDER");
+  addVirtual(hp, target.scanner);
+}
+
+std::string topicText(const std::string& topic, const CLI::App& root) {
+  if (topic.empty()) return root.help();
+  if (topic == "exit-codes") return exitCodeHelp();
+  if (topic == "sizes") return pageSizeHelp();
+  if (topic == "faults") return virtual_device::hpFaultHelp();
+  for (const CLI::App* app : root.get_subcommands([](const CLI::App*) { return true; })) {
+    if (app->get_name() == topic) return app->help();
+  }
+  refuseWord("help", topic,
+             {"exit-codes", "sizes", "faults", "scan", "devices", "ranges", "virtual"},
+             "the topics are exit-codes, sizes, faults and the commands");
+}
+
+void checkFaults(const VirtualOptions& options) {
+  virtual_device::HpScannerOptions scratch;
+  for (const std::string& fault : options.faults) {
+    const std::string problem = virtual_device::addHpFault(scratch, fault);
+    if (!problem.empty()) throw UsageProblem{ExitCode::kUsage, "--fault: " + problem};
+  }
+}
+
+bool asksForFaultHelp(const VirtualOptions& options) {
+  return std::find(options.faults.begin(), options.faults.end(), "help") != options.faults.end();
+}
+
+// What can stand behind a command: its options and commands.
+std::vector<std::string> wordsOf(const CLI::App& app) {
+  std::vector<std::string> words;
+  for (const CLI::Option* option : app.get_options())
+    words.push_back(option->get_name());
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    words.push_back(command->get_name());
+  return words;
+}
+
+// What CLI11 says, with the nearest option or command where a word was not expected.
+UsageProblem usageProblem(const CLI::ParseError& error, const CLI::App& root) {
+  std::string text = error.what();
+  const CLI::App* app = &root;
+  std::string commands = "tvrscan";
+  while (!app->get_subcommands().empty()) {
+    app = app->get_subcommands().front();
+    commands += " " + app->get_name();
+  }
+  const std::vector<std::string> extras = root.remaining(true);
+  if (!extras.empty()) {
+    // An unknown option comes with its value; the option is what was misspelt.
+    const auto option = std::find_if(extras.begin(), extras.end(), [](const std::string& extra) {
+      return extra.starts_with("-");
+    });
+    const std::string& word = option != extras.end() ? *option : extras.front();
+    const std::string near = suggestion(word.substr(0, word.find('=')), wordsOf(*app));
+    text = "'" + word + "' is not expected here" + (near.empty() ? "" : "; " + near);
+  }
+  return {ExitCode::kUsage, text + "\nTry '" + commands + " --help'."};
+}
+
+class Parser {
+ public:
+  Parser() {
+    root_.name("tvrscan");
+    root_.footer(kFooter);
+    root_.require_subcommand(1);
+    root_.set_version_flag("--version", std::string("tvrscan ") + TVRSCAN_VERSION);
+    addScan(root_, scan_);
+    root_.add_subcommand("devices", "List the USB devices that are present")
+        ->add_flag("--json", devices_.json, "write one JSON object a line to standard output");
+    addRanges(root_, ranges_);
+    addVirtualCommand(root_, virtual_);
+    root_.add_subcommand("help", "Show help on a topic or command")
+        ->add_option("topic", topic_, "exit-codes, sizes, faults, or a command");
+  }
+
+  Command parse(std::vector<std::string> arguments) {
+    std::reverse(arguments.begin(), arguments.end());
+    try {
+      root_.parse(arguments);
+      return command();
+    } catch (const CLI::CallForVersion& version) {
+      return HelpOptions{std::string(version.what()) + "\n"};
+    } catch (const CLI::CallForHelp&) {
+      return HelpOptions{innermost().help()};
+    } catch (const CLI::ParseError& error) {
+      throw usageProblem(error, root_);
+    }
+  }
+
+ private:
+  const CLI::App& innermost() const {
+    const CLI::App* app = &root_;
+    while (!app->get_subcommands().empty())
+      app = app->get_subcommands().front();
+    return *app;
+  }
+
+  Command command() const {
+    if (root_.got_subcommand("help")) return HelpOptions{topicText(topic_, root_)};
+    if (root_.got_subcommand("devices")) return devices_;
+    const VirtualOptions& options = root_.got_subcommand("scan")     ? scan_.device.virtualOptions
+                                    : root_.got_subcommand("ranges") ? ranges_.device.virtualOptions
+                                                                     : virtual_.scanner;
+    if (asksForFaultHelp(options)) return HelpOptions{virtual_device::hpFaultHelp()};
+    checkFaults(options);
+    if (root_.got_subcommand("scan")) return scan_;
+    if (root_.got_subcommand("ranges")) return ranges_;
+    return virtual_;
+  }
+
+  CLI::App root_{"Scan with USB scanners, or with virtual ones, from the command line."};
+  ScanOptions scan_;
+  DevicesOptions devices_;
+  RangesOptions ranges_;
+  VirtualCommandOptions virtual_;
+  std::string topic_;
+};
+
+}  // namespace
+
+Command parseCommandLine(const std::vector<std::string>& arguments) {
+  return Parser().parse(arguments);
+}
+
+}  // namespace tvrscn::cli

@@ -1,0 +1,149 @@
+#include "device_choice.h"
+
+#include <algorithm>
+#include <array>
+#include <system_error>
+
+#include "page_store.h"
+#include "system.h"
+#include "words.h"
+
+namespace tvrscn::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kProbeNotFound = 55;
+
+std::string listOf(const std::vector<Device>& devices) {
+  std::string text;
+  for (const Device& device : devices)
+    text += (text.empty() ? "" : ", ") + device.hardwareId;
+  return text;
+}
+
+}  // namespace
+
+ProcessFolder::ProcessFolder() {
+  std::error_code error;
+  const fs::path parent = fs::temp_directory_path(error);
+  if (error) throw OutputError("there is no folder for temporary files: " + error.message());
+  try {
+    path_ = createPrivateFolder(parent, "tvrscan-");
+  } catch (const std::system_error& failure) {
+    throw OutputError("the folder for temporary files " + parent.string() +
+                      " cannot be written: " + failure.code().message());
+  }
+  setTemporaryFolder(path_);
+}
+
+ProcessFolder::~ProcessFolder() {
+  cleanUp();
+}
+
+void ProcessFolder::cleanUp() noexcept {
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
+}
+
+virtual_device::HpScannerOptions scannerOptions(const VirtualOptions& options) {
+  virtual_device::HpScannerOptions scanner;
+  scanner.pageFiles = options.pageFiles;
+  // Several pictures do not lie on the glass at once.
+  scanner.feeder = options.feederSheets > 0 || (!options.flatbed && options.pageFiles.size() > 1);
+  if (options.feederSheets > 0) {
+    scanner.sheets = options.feederSheets;
+  } else if (options.pageFiles.size() > 1) {
+    scanner.sheets = static_cast<int>(options.pageFiles.size());
+  }
+  for (const std::string& fault : options.faults)
+    virtual_device::addHpFault(scanner, fault);
+  return scanner;
+}
+
+CScanUSBClient& processClient() {
+  static CScanUSBClient& client = *new CScanUSBClient(CONTROLLER_HP);
+  return client;
+}
+
+DeviceChoice::DeviceChoice(const DeviceOptions& options, const ProcessFolder& folder)
+    : options_(options) {
+  if (!options_.useVirtual) return;
+  virtual_device::Placement placement;
+  placement.socket = folder.path() / "endpoint";
+  placement.deviceFolder = folder.path() / "devices";
+  fs::create_directories(placement.deviceFolder);
+  setEnvironment("TVRSCN_DEVICE_PATH", placement.deviceFolder.string());
+  scanner_ = virtual_device::startHpScanner(scannerOptions(options_.virtualOptions), placement);
+  options_.hardwareId = upperCase(scanner_->placement().instanceId);
+}
+
+std::optional<Outcome> DeviceChoice::choose(CScanUSBClient& client) {
+  const std::vector<Device> devices = presentDevices();
+  if (options_.hardwareId.empty()) {
+    if (auto outcome = chooseOnly(devices, device_)) return outcome;
+  } else {
+    device_.hardwareId = options_.hardwareId;
+    device_.instanceId = options_.hardwareId;
+    const auto named = std::find_if(devices.begin(), devices.end(), [this](const Device& device) {
+      return upperCase(device.instanceId).find(options_.hardwareId) != std::string::npos;
+    });
+    if (named != devices.end()) device_ = *named;
+  }
+  std::array<wchar_t, 4> enumerator = {L'U', L'S', L'B', L'\0'};
+  const std::string wanted =
+      options_.hardwareId.empty() ? upperCase(device_.instanceId) : options_.hardwareId;
+  const int result = client.FindStatusEndPointFromPrinterPort(enumerator.data(), wanted, false);
+  return probeOutcome(result, device_.hardwareId, devices);
+}
+
+std::optional<Outcome> chooseOnly(const std::vector<Device>& devices, Device& chosen) {
+  std::vector<Device> usable;
+  for (const Device& device : devices) {
+    if (!device.endpoint.empty()) usable.push_back(device);
+  }
+  if (usable.size() == 1) {
+    chosen = usable.front();
+    return std::nullopt;
+  }
+  if (usable.empty()) {
+    return Outcome{ExitCode::kNoDevice,
+                   "no scanner is connected",
+                   "Connect one and switch it on, or try '--virtual hp'.",
+                   "",
+                   {}};
+  }
+  return Outcome{ExitCode::kNoDevice,
+                 "there is more than one device: " + listOf(usable),
+                 "Say which with --device HWID.",
+                 "",
+                 {}};
+}
+
+std::optional<Outcome> probeOutcome(int result, const std::string& hardwareId,
+                                    const std::vector<Device>& devices) {
+  if (result == 0) return std::nullopt;
+  if (result == kProbeNotFound) {
+    return Outcome{ExitCode::kNoDevice,
+                   "the device " + hardwareId + " is not connected",
+                   devices.empty() ? "No device is connected. Connect it and switch it on."
+                                   : "Connected are: " + listOf(devices) + ".",
+                   "",
+                   {}};
+  }
+  if (result == USB_ERR_NO_DEVICE_SETUP) {
+    return Outcome{ExitCode::kFailed,
+                   "the system's list of devices cannot be read",
+                   "Repair the installation of this program.",
+                   "",
+                   {}};
+  }
+  return Outcome{ExitCode::kDeviceFailed,
+                 "the device " + hardwareId + " is connected, but its driver names no endpoint",
+                 "Install the device's driver again.",
+                 "nothing; the system reports error " + std::to_string(result),
+                 {}};
+}
+
+}  // namespace tvrscn::cli

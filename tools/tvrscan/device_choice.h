@@ -1,0 +1,67 @@
+// Settles which device a command talks to: the one that was named, a virtual one, or the only one.
+#ifndef TVRSCN_TOOLS_TVRSCAN_DEVICE_CHOICE_H
+#define TVRSCN_TOOLS_TVRSCAN_DEVICE_CHOICE_H
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "tvrscn/scan_client.h"
+
+#include "device_list.h"
+#include "job_report.h"
+#include "options.h"
+#include "virtual/virtual_scanner.h"
+
+namespace tvrscn::cli {
+
+// A folder for the temporary files of this process, all of them: the library's too. Removed with
+// the object.
+class ProcessFolder {
+ public:
+  // Before there are threads. Throws OutputError.
+  ProcessFolder();
+  ProcessFolder(const ProcessFolder&) = delete;
+  ProcessFolder& operator=(const ProcessFolder&) = delete;
+  ~ProcessFolder();
+
+  const std::filesystem::path& path() const { return path_; }
+  void cleanUp() noexcept;
+
+ private:
+  std::filesystem::path path_;
+};
+
+virtual_device::HpScannerOptions scannerOptions(const VirtualOptions& options);
+
+// The client of this process, made at the first call. It stays until the end: a client that goes
+// leaves its controller and the open device behind in any case.
+CScanUSBClient& processClient();
+
+class DeviceChoice {
+ public:
+  // Starts the virtual scanner where one is wanted, with a device folder of its own: before the
+  // first client of the process. Throws std::runtime_error.
+  DeviceChoice(const DeviceOptions& options, const ProcessFolder& folder);
+
+  // Finds the device; or says why there is none.
+  std::optional<Outcome> choose(CScanUSBClient& client);
+
+  const Device& device() const { return device_; }
+
+ private:
+  DeviceOptions options_;
+  std::unique_ptr<virtual_device::RunningScanner> scanner_;
+  Device device_;
+};
+
+// The hardware id when exactly one of the devices can be opened; else why none can be chosen.
+std::optional<Outcome> chooseOnly(const std::vector<Device>& devices, Device& chosen);
+
+// What the result of a probe for the device means; nothing when it is there.
+std::optional<Outcome> probeOutcome(int result, const std::string& hardwareId,
+                                    const std::vector<Device>& devices);
+
+}  // namespace tvrscn::cli
+
+#endif  // TVRSCN_TOOLS_TVRSCAN_DEVICE_CHOICE_H

@@ -1,0 +1,23 @@
+// One JSON object a line, for programs that read what tvrscan does.
+#ifndef TVRSCN_TOOLS_TVRSCAN_JSON_OUTPUT_H
+#define TVRSCN_TOOLS_TVRSCAN_JSON_OUTPUT_H
+
+#include <string>
+#include <vector>
+
+#include "tvrscn/usb_controller.h"
+
+#include "device_list.h"
+#include "job_report.h"
+#include "page_store.h"
+
+namespace tvrscn::cli {
+
+std::string deviceLine(const Device& device, const std::string& family);
+std::string pageLine(const StoredPage& page);
+std::string rangeLine(const std::string& name, const IPPMinMaxNormalStepData& range);
+std::string endLine(const Outcome& outcome, const std::vector<StoredPage>& pages);
+
+}  // namespace tvrscn::cli
+
+#endif  // TVRSCN_TOOLS_TVRSCAN_JSON_OUTPUT_H

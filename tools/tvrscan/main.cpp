@@ -1,0 +1,48 @@
+// tvrscan: scanning from the command line, for people and for scripts.
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "command_line.h"
+#include "commands.h"
+#include "console.h"
+
+namespace {
+
+using namespace tvrscn::cli;  // NOLINT(google-build-using-namespace): this is its program
+
+struct Runner {
+  StopRequests& stop;
+
+  int operator()(const HelpOptions& help) const {
+    std::fputs(help.text.c_str(), stdout);
+    return static_cast<int>(ExitCode::kDone);
+  }
+  int operator()(const ScanOptions& options) const { return runScan(options, stop); }
+  int operator()(const DevicesOptions& options) const { return runDevices(options); }
+  int operator()(const RangesOptions& options) const { return runRanges(options); }
+  int operator()(const VirtualCommandOptions& options) const { return runVirtual(options, stop); }
+};
+
+int run(const std::vector<std::string>& arguments) {
+  try {
+    const Command command = parseCommandLine(arguments);
+    StopRequests stop;
+    return std::visit(Runner{stop}, command);
+  } catch (const UsageProblem& problem) {
+    Console(false).problem(problem.text);
+    return static_cast<int>(problem.code);
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "tvrscan: %s\n", error.what());
+    return static_cast<int>(ExitCode::kFailed);
+  }
+}

@@ -1,0 +1,78 @@
+// What the command line says, as plain values.
+#ifndef TVRSCN_TOOLS_TVRSCAN_OPTIONS_H
+#define TVRSCN_TOOLS_TVRSCAN_OPTIONS_H
+
+#include <filesystem>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "media_sizes.h"
+#include "name_pattern.h"
+
+namespace tvrscn::cli {
+
+// A software scanner: in this process for scan and ranges, as a process for virtual.
+struct VirtualOptions {
+  std::vector<std::filesystem::path> pageFiles;
+  int feederSheets = 0;  // 0: no --feeder
+  bool flatbed = false;
+  std::vector<std::string> faults;
+};
+
+struct DeviceOptions {
+  std::string hardwareId;   // of --device, in upper case
+  bool useVirtual = false;  // --virtual
+  std::string family = "hp";
+  VirtualOptions virtualOptions;
+};
+
+// Texts are those of the job settings.
+struct ScanSettings {
+  std::string resolution = "300x300";
+  std::string colorMode = "FullColor";
+  std::string sides = "OneSided";
+  std::string background = "Off";
+  PageSize size{"ISO_A4SEF", 210, 297};
+  int brightness = 0;  // percent, -100 black to 100 white
+  int contrast = 0;    // percent
+};
+
+struct ScanOptions {
+  DeviceOptions device;
+  ScanSettings settings;
+  std::filesystem::path folder = ".";
+  NamePattern name;
+  int timeoutSeconds = 0;  // 0: none
+  bool dialogs = false;
+  bool json = false;
+  bool quiet = false;
+  std::filesystem::path logFile;
+};
+
+struct DevicesOptions {
+  bool json = false;
+};
+
+struct RangesOptions {
+  DeviceOptions device;
+  bool json = false;
+};
+
+struct VirtualCommandOptions {
+  VirtualOptions scanner;
+  std::filesystem::path listen;        // empty: chosen
+  std::filesystem::path deviceFolder;  // empty: the user's
+};
+
+// A text to print and nothing else.
+struct HelpOptions {
+  std::string text;
+};
+
+using Command =
+    std::variant<HelpOptions, ScanOptions, DevicesOptions, RangesOptions, VirtualCommandOptions>;
+
+}  // namespace tvrscn::cli
+
+#endif  // TVRSCN_TOOLS_TVRSCAN_OPTIONS_H

@@ -1,0 +1,63 @@
+#include "system.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/posix/runtime_folder.h"
+
+namespace tvrscn::cli {
+
+bool stdoutIsTerminal() {
+  return isatty(STDOUT_FILENO) == 1;
+}
+bool stderrIsTerminal() {
+  return isatty(STDERR_FILENO) == 1;
+}
+
+void setEnvironment(const std::string& name, const std::string& value) {
+  setenv(name.c_str(), value.c_str(), 1);  // NOLINT(concurrency-mt-unsafe): before any thread
+}
+
+std::string environment(const std::string& name) {
+  const char* value =
+      std::getenv(name.c_str());  // NOLINT(concurrency-mt-unsafe): never changed later
+  return value == nullptr ? std::string() : std::string(value);
+}
+
+void setTemporaryFolder(const std::filesystem::path& folder) {
+  setEnvironment("TMPDIR", folder.string());
+}
+
+std::filesystem::path createPrivateFolder(const std::filesystem::path& parent,
+                                          const std::string& prefix) {
+  std::string name = (parent / (prefix + "XXXXXX")).string();
+  if (mkdtemp(name.data()) == nullptr) {
+    throw std::system_error(errno, std::generic_category(), parent.string());
+  }
+  return name;
+}
+
+bool createNewFile(const std::filesystem::path& file) {
+  const int descriptor = open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+  if (descriptor >= 0) {
+    close(descriptor);
+    return true;
+  }
+  if (errno == EEXIST) return false;
+  throw std::system_error(errno, std::generic_category(), file.string());
+}
+
+std::filesystem::path userDeviceFolder() {
+  return std::filesystem::path(userRuntimeFolder()) / "tvrscn" / "devices";
+}
+
+void endProcess(int exitCode) noexcept {
+  _exit(exitCode);
+}
+
+}  // namespace tvrscn::cli

@@ -1,0 +1,163 @@
+#include "scan_session.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <exception>
+
+#include "tvrscn/tevrautil/tevra_logger.h"
+
+namespace tvrscn::cli {
+namespace {
+
+constexpr std::chrono::milliseconds kWatchInterval{100};
+constexpr std::chrono::milliseconds kProgressInterval{200};
+// How long Ctrl-C waits for a line that is being printed to somebody who doesn't read.
+constexpr std::chrono::seconds kPatience{2};
+
+// Log lines are matched by their ASCII words alone.
+std::string plainText(const wchar_t* line) {
+  std::string text;
+  for (; *line != L'\0'; ++line) {
+    const bool ascii = *line > 0 && *line < 0x80;
+    text += ascii ? static_cast<char>(*line) : '?';
+  }
+  return text;
+}
+
+}  // namespace
+
+ScanSession::ScanSession(Reporter& reporter, PageStore& pages, ProcessFolder& folder,
+                         StopRequests& stop, std::chrono::seconds timeout)
+    : reporter_(reporter),
+      pages_(pages),
+      folder_(folder),
+      stop_(stop),
+      timeout_(timeout),
+      callback_{&ScanSession::onNotification, this},
+      silence_(Silence::Clock::now()),
+      lastProgress_(Silence::Clock::now()) {
+  CTevraLogger::GetLogInstance()->SetLineListener(&ScanSession::onLogLine, this);
+  watchThread_ = std::thread([this] { watch(); });
+}
+
+ScanSession::~ScanSession() {
+  CTevraLogger::GetLogInstance()->SetLineListener(nullptr, nullptr);
+  over_ = true;
+  if (watchThread_.joinable()) watchThread_.join();
+}
+
+void ScanSession::onLogLine(const wchar_t* line, void* context) {
+  static_cast<ScanSession*>(context)->onLine(line);
+}
+
+void ScanSession::onNotification(ScanNotification* notification, void* context) {
+  // All others say less than the log lines that came before them.
+  if (notification->type != NOTIFY_IMAGE_READY) return;
+  const char* text = static_cast<const char*>(notification->text);
+  const char* end = std::find(text, text + kScanNotificationTextSize, '\0');
+  static_cast<ScanSession*>(context)->onPage(std::string(text, end));
+}
+
+void ScanSession::onLine(const wchar_t* line) {
+  const std::lock_guard lock(mutex_);
+  if (report_.onLogLine(plainText(line))) silence_.onSign(Silence::Clock::now());
+}
+
+void ScanSession::onPage(const std::string& path) {
+  const std::lock_guard lock(mutex_);
+  silence_.onSign(Silence::Clock::now());
+  try {
+    reporter_.page(pages_.store(path));
+    report_.onPageStored();
+  } catch (const std::exception& failure) {
+    report_.onPageLost(failure.what(),
+                       "Make room on the disk of the --out folder, then scan that page again. If "
+                       "there is room, the device sent data that is no image.");
+    reporter_.console().problem(failure.what());
+  }
+}
+
+void ScanSession::watch() {
+  while (!over_) {
+    if (stop_.wait(kWatchInterval)) interrupt();
+    const std::lock_guard lock(mutex_);
+    if (!over_) tick();
+  }
+}
+
+void ScanSession::tick() {
+  const auto now = Silence::Clock::now();
+  if (now - lastProgress_ >= kProgressInterval) {
+    lastProgress_ = now;
+    showProgress();
+  }
+  checkSilence();
+}
+
+void ScanSession::showProgress() {
+  const std::size_t stored = pages_.pages().size();
+  std::string text = pageText(stored) + ", " + byteText(pages_.bytesStored()) + " stored, " +
+                     timeText(reporter_.elapsed());
+  if (report_.bytesOfPage() > 0 && report_.pagesReceived() == static_cast<int>(stored)) {
+    text += "; page " + std::to_string(stored + 1) + ": " + byteText(report_.bytesOfPage());
+  }
+  reporter_.console().progress(text);
+}
+
+void ScanSession::checkSilence() {
+  const auto now = Silence::Clock::now();
+  const Silence::Seconds length = silence_.length(now);
+  const std::string waiting = "waiting for " + report_.waitingFor();
+  if (timeout_.count() > 0 && length >= timeout_) {
+    endProcessWith(
+        {ExitCode::kTimeout,
+         "nothing has happened for " + std::to_string(timeout_.count()) + " s on " + deviceName_ +
+             ", while " + waiting,
+         "Check the device, its display and its cable; a longer --timeout helps a slow one.",
+         "",
+         {}});
+  }
+  if (silence_.reminderDue(now)) {
+    reporter_.console().note("nothing has happened for " + std::to_string(length.count()) +
+                             " s on " + deviceName_ + ": still " + waiting +
+                             "; Ctrl-C ends the scan");
+  }
+}
+
+// The lock is kept to the very end: the job's thread can store and print nothing any more.
+void ScanSession::endProcessWith(const Outcome& outcome) {
+  const int exitCode = reporter_.end(outcome, pages_.pages());
+  pages_.cleanUp();
+  folder_.cleanUp();
+  endProcess(exitCode);
+}
+
+void ScanSession::interrupt() {
+  const std::unique_lock lock(mutex_, kPatience);
+  if (!lock.owns_lock()) endProcess(static_cast<int>(ExitCode::kInterrupted));
+  endProcessWith({ExitCode::kInterrupted,
+                  "the scan was interrupted while waiting for " + report_.waitingFor(),
+                  "",
+                  "",
+                  {}});
+}
+
+void ScanSession::useDevice(const Device& device, const std::string& family) {
+  const std::lock_guard lock(mutex_);
+  deviceName_ = device.hardwareId;
+  reporter_.device(device, family);
+}
+
+int ScanSession::finish(long scanResult) {
+  const std::lock_guard lock(mutex_);
+  over_ = true;
+  return reporter_.end(report_.outcome(scanResult), pages_.pages());
+}
+
+int ScanSession::finish(const Outcome& outcome) {
+  const std::lock_guard lock(mutex_);
+  over_ = true;
+  return reporter_.end(outcome, pages_.pages());
+}
+
+}  // namespace tvrscn::cli

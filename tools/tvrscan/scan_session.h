@@ -1,0 +1,75 @@
+// One scan, as two threads see it. The job's thread brings log lines and notifications; the watch
+// thread looks after progress, silence, the time limit and Ctrl-C. A library call cannot be
+// interrupted, so the watch ends the whole process where it has to, with the pages safe and the
+// private folders gone.
+#ifndef TVRSCN_TOOLS_TVRSCAN_SCAN_SESSION_H
+#define TVRSCN_TOOLS_TVRSCAN_SCAN_SESSION_H
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+#include "tvrscn/notifications.h"
+
+#include "device_choice.h"
+#include "page_store.h"
+#include "reporter.h"
+#include "silence.h"
+#include "system.h"
+
+namespace tvrscn::cli {
+
+class ScanSession {
+ public:
+  // All arguments outlive the session. A timeout of 0 is none.
+  ScanSession(Reporter& reporter, PageStore& pages, ProcessFolder& folder, StopRequests& stop,
+              std::chrono::seconds timeout);
+  ScanSession(const ScanSession&) = delete;
+  ScanSession& operator=(const ScanSession&) = delete;
+  // Stops listening and watching.
+  ~ScanSession();
+
+  // The record for the library.
+  TVR_FP_CALLBACK* callback() { return &callback_; }
+
+  // Tells which device the job goes to.
+  void useDevice(const Device& device, const std::string& family);
+
+  // Tells the end of a job that ran to its end; returns the exit code.
+  int finish(long scanResult);
+  // Tells an end that came before the job, or instead of it.
+  int finish(const Outcome& outcome);
+
+ private:
+  static void onLogLine(const wchar_t* line, void* context);
+  static void onNotification(ScanNotification* notification, void* context);
+
+  void onLine(const wchar_t* line);
+  void onPage(const std::string& path);
+  void watch();
+  void tick();
+  void showProgress();
+  void checkSilence();
+  [[noreturn]] void endProcessWith(const Outcome& outcome);
+  [[noreturn]] void interrupt();
+
+  Reporter& reporter_;
+  PageStore& pages_;
+  ProcessFolder& folder_;
+  StopRequests& stop_;
+  const std::chrono::seconds timeout_;
+  TVR_FP_CALLBACK callback_;
+
+  std::timed_mutex mutex_;  // guards all above and below, and whatever is printed
+  JobReport report_;
+  Silence silence_;
+  std::string deviceName_ = "the device";
+  Silence::Clock::time_point lastProgress_;
+
+  std::atomic<bool> over_{false};
+  std::thread watchThread_;  // last: it uses all the others
+};
+
+}  // namespace tvrscn::cli
+
+#endif  // TVRSCN_TOOLS_TVRSCAN_SCAN_SESSION_H

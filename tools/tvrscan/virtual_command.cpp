@@ -1,0 +1,57 @@
+#include <exception>
+#include <system_error>
+
+#include "commands.h"
+#include "console.h"
+#include "device_choice.h"
+#include "device_list.h"
+#include "reporter.h"
+
+namespace tvrscn::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::chrono::seconds kLongWait{3600};
+
+fs::path deviceFolder(const VirtualCommandOptions& options) {
+  fs::path folder = options.deviceFolder;
+  if (folder.empty()) folder = environment("TVRSCN_DEVICE_PATH");
+  if (folder.empty()) folder = userDeviceFolder();
+  std::error_code error;
+  fs::create_directories(folder, error);
+  if (!fs::is_directory(folder)) {
+    throw OutputError("the folder " + folder.string() + " cannot be made" +
+                      (error ? ": " + error.message() : ""));
+  }
+  return fs::absolute(folder);
+}
+
+}  // namespace
+
+int runVirtual(const VirtualCommandOptions& options, StopRequests& stop) {
+  Console console(false);
+  Reporter reporter(console, false);
+  try {
+    virtual_device::Placement placement;
+    placement.deviceFolder = deviceFolder(options);
+    if (!options.listen.empty()) placement.socket = fs::absolute(options.listen);
+    const auto scanner = virtual_device::startHpScanner(scannerOptions(options.scanner), placement);
+    const virtual_device::Placement& placed = scanner->placement();
+    console.data("hardware id: " + hardwareIdOf(placed.instanceId));
+    console.data("endpoint: unix:" + placed.socket.string());
+    console.note("registered in " + placed.deviceFolder.string() + "; Ctrl-C ends it");
+    while (!stop.wait(kLongWait)) {
+    }
+    scanner->stop();
+    scanner->wait();
+    return static_cast<int>(ExitCode::kDone);
+  } catch (const OutputError& error) {
+    return reporter.end({ExitCode::kOutput, error.what(), "Choose another place.", "", {}});
+  } catch (const std::exception& error) {
+    return reporter.end({ExitCode::kFailed, error.what(), "", "", {}});
+  }
+}
+
+}  // namespace tvrscn::cli

@@ -1,0 +1,23 @@
+// Image files of people in, JPEG strips for hosts out. One implementation per system.
+#ifndef TVRSCN_VIRTUAL_COMMON_CODEC_H
+#define TVRSCN_VIRTUAL_COMMON_CODEC_H
+
+#include <filesystem>
+
+#include "virtual/common/bytes.h"
+#include "virtual/common/raster.h"
+
+namespace tvrscn::virtual_device {
+
+// The picture of a JPEG, PNG or TIFF file (its first page) in three channels, see-through parts
+// over white. Throws std::runtime_error, naming the file and what to do, when it is none of these
+// or is damaged.
+Raster decodeImageFile(const std::filesystem::path& file);
+
+// A complete JPEG stream of a raster of one or three channels, with that resolution in its JFIF
+// header. Throws std::runtime_error when the encoder refuses.
+Bytes encodeJpeg(const Raster& raster, int quality, int dotsPerInch);
+
+}  // namespace tvrscn::virtual_device
+
+#endif  // TVRSCN_VIRTUAL_COMMON_CODEC_H
