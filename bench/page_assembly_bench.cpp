@@ -250,7 +250,7 @@ void assembleA4(benchmark::State& state) {
   Assembly assembly(folder);
   std::vector<double> ours;
   std::vector<double> theirs;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     std::filesystem::remove(page);
     std::filesystem::remove(direct);
     theirs.push_back(

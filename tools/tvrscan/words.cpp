@@ -136,6 +136,7 @@ std::vector<std::string> nearestWords(std::string_view typed,
                    [](const auto& left, const auto& right) { return left.first < right.first; });
   if (ranked.size() > 3) ranked.resize(3);
   std::vector<std::string> nearest;
+  nearest.reserve(ranked.size());
   for (auto& [distance, word] : ranked)
     nearest.push_back(std::move(word));
   return nearest;

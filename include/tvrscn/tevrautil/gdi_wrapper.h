@@ -14,7 +14,7 @@ class TVRSCN_UTIL_API GdiWrapper {
   GdiWrapper();
   GdiWrapper(const GdiWrapper&) = delete;
   GdiWrapper& operator=(const GdiWrapper&) = delete;
-  // NOLINTNEXTLINE(performance-trivially-destructible): exported, and shuts down where there is a token
+  // NOLINTNEXTLINE(performance-trivially-destructible): exported; has work to do on Windows
   ~GdiWrapper();
 
   // Fills clsid with the class id of the encoder for a MIME type ("image/jpeg", "image/tiff",
