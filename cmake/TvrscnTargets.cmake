@@ -32,6 +32,15 @@ function(tvrscn_configure target)
   endif()
 endfunction()
 
+# A shared library of ours: nothing but what export.h marks leaves it.
+function(tvrscn_hide_internals target)
+  if(UNIX)
+    set(map ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+    target_link_options(${target} PRIVATE -Wl,--version-script=${map})
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
+  endif()
+endfunction()
+
 # A GoogleTest program: tvrscn_add_test(name SOURCES ... LIBRARIES ...). Its working folder in a run
 # is its own; files under tests/data are found through TVRSCN_TEST_DATA.
 function(tvrscn_add_test name)

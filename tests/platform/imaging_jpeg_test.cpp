@@ -320,6 +320,31 @@ TEST_F(JpegSaving, OneBitPageComesBackBlackAndWhite) {
     EXPECT_NEAR(back.grey(x, 3), x < 8 ? 0 : 255, 4) << x;
 }
 
+// Memory of a bitmap that went before must not show. A strip of one white column and row is drawn
+// at 8, 8; what it does not cover is black.
+TEST_F(JpegSaving, RowsThatNothingWasDrawnOnAreBlack) {
+  for (const auto format : {PixelFormat8bppIndexed, PixelFormat24bppRGB, PixelFormat1bppIndexed}) {
+    for (const INT width : {8, 24}) {
+      {
+        TestBitmap(24, 64, format)
+            .setPixels(Bytes(TestBitmap(24, 64, format).pixels().size(), 0xFF));
+      }
+      TestBitmap strip(width, 8, PixelFormat8bppIndexed);
+      strip.setPixels(Bytes(static_cast<std::size_t>(width) * 8, 0xFF));
+      TestBitmap drawn(24, 64, format);
+      ASSERT_EQ(drawn.draw(strip, 0, 8), Ok);
+      ASSERT_EQ(drawn.save(page()), Ok);
+      TestBitmap back(24, 64, PixelFormat8bppIndexed);
+      ASSERT_EQ(back.draw(TestBitmap(page()), 0, 0), Ok);
+      for (UINT y = 0; y < 64; ++y) {
+        const bool covered = y >= 8 && y < 16;
+        ASSERT_NEAR(back.grey(0, y), covered ? 255 : 0, 30) << y;
+        ASSERT_NEAR(back.grey(23, y), covered && width == 24 ? 255 : 0, 30) << y;
+      }
+    }
+  }
+}
+
 TEST_F(JpegSaving, SmallestAndOddResolutionsAreKeptInRange) {
   const TestBitmap bitmap(1, 1, PixelFormat8bppIndexed);
   gdip::GdipBitmapSetResolution(bitmap.get(), 0.1F, 1e9F);

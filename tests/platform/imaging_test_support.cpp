@@ -53,6 +53,12 @@ TestBitmap::~TestBitmap() {
   if (bitmap_ != nullptr) gdip::GdipDisposeImage(bitmap_);
 }
 
+imaging::Bitmap& TestBitmap::inside() const {
+  auto& bitmap = static_cast<imaging::Bitmap&>(*bitmap_);
+  bitmap.complete();
+  return bitmap;
+}
+
 Bytes TestBitmap::pixels() const {
   const imaging::Bitmap& bitmap = inside();
   return {bitmap.row(0), bitmap.row(0) + bitmap.stride() * bitmap.height()};

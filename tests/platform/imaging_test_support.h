@@ -28,7 +28,7 @@ class TestBitmap {
 
   Gdiplus::GpStatus status() const { return status_; }
   Gdiplus::GpBitmap* get() const { return bitmap_; }
-  imaging::Bitmap& inside() const { return static_cast<imaging::Bitmap&>(*bitmap_); }
+  imaging::Bitmap& inside() const;
   Bytes pixels() const;
   void setPixels(const Bytes& pixels);
   // 8bpp only.

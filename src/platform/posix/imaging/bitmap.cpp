@@ -1,5 +1,5 @@
-// Pixels come from calloc: large blocks are fresh zero pages of the system, which cost nothing
-// until a row is written.
+// Small bitmaps come as malloc gives them and are cleared row by row, large ones from calloc: fresh
+// zero pages of the system, which cost nothing until a row is written.
 #include "platform/posix/imaging/bitmap.h"
 
 #include <algorithm>
@@ -12,13 +12,9 @@
 namespace tvrscn::imaging {
 namespace {
 
-// Strips of a page come and go in memory that is there already; clearing it for each of them would
-// be a notable part of what a strip costs.
+// Memory up to this size has often been used before, by the last strip or page; beyond it, it comes
+// fresh and zero from the system, and only as far as it is written.
 constexpr std::size_t kMaxUncleared = std::size_t{32} << 20;
-
-void* allocateToFill(std::size_t rows, std::size_t stride) {
-  return rows * stride <= kMaxUncleared ? std::malloc(rows * stride) : std::calloc(rows, stride);
-}
 
 // The part of a picture's side that falls on the page.
 struct Span {
@@ -45,43 +41,46 @@ BYTE mapPacked(BYTE packed, bool blackBecomesWhite, bool whiteBecomesWhite) {
 
 Gdiplus::GpStatus Bitmap::create(UINT width, UINT height, Gdiplus::PixelFormat format,
                                  std::unique_ptr<Bitmap>& bitmap) {
-  return createIn(std::calloc, width, height, format, bitmap);
-}
-
-Gdiplus::GpStatus Bitmap::createToFill(UINT width, UINT height, Gdiplus::PixelFormat format,
-                                       std::unique_ptr<Bitmap>& bitmap) {
-  return createIn(allocateToFill, width, height, format, bitmap);
-}
-
-Gdiplus::GpStatus Bitmap::createIn(Allocate allocate, UINT width, UINT height,
-                                   Gdiplus::PixelFormat format, std::unique_ptr<Bitmap>& bitmap) {
   bitmap.reset();
   const std::size_t stride = rowBytes(format, width);
   if (stride == 0 || height == 0) return Gdiplus::InvalidParameter;
   if (width > kMaxSide || height > kMaxSide || stride * height > kMaxBytes)
     return Gdiplus::OutOfMemory;
-  auto* pixels = static_cast<BYTE*>(allocate(height, stride));
+  const bool cleared = stride * height > kMaxUncleared;
+  auto* pixels =
+      static_cast<BYTE*>(cleared ? std::calloc(height, stride) : std::malloc(height * stride));
   if (pixels == nullptr) return Gdiplus::OutOfMemory;
-  bitmap.reset(new (std::nothrow) Bitmap(width, height, format, stride, pixels));
+  bitmap.reset(new (std::nothrow)
+                   Bitmap(width, height, format, stride, cleared ? height : 0, pixels));
   if (bitmap) return Gdiplus::Ok;
   std::free(pixels);
   return Gdiplus::OutOfMemory;
 }
 
-void Bitmap::clearFrom(UINT y) {
-  // Larger ones were zero from the start, and clearing them would take their memory.
-  const std::size_t bytes = stride_ * height_;
-  if (y < height_ && bytes <= kMaxUncleared) std::memset(row(y), 0, bytes - y * stride_);
+void Bitmap::setFilled(UINT rows) {
+  filled_ = std::max(filled_, rows);
+}
+
+void Bitmap::clearUpTo(UINT rows) {
+  if (rows <= filled_) return;
+  std::memset(row(filled_), 0, (rows - filled_) * stride_);
+  filled_ = rows;
 }
 
 void Bitmap::draw(const Bitmap& picture, INT x, INT y) {
   const Span across = clip(x, picture.width_, width_);
   const Span down = clip(y, picture.height_, height_);
+  if (across.length == 0 || down.length == 0) return;
+  const UINT end = down.pageStart + down.length;
+  // Packed pixels are set one by one within their bytes, and a row's last byte may be used in part.
+  const bool overwritten = across.length == width_ && format_ != Gdiplus::PixelFormat1bppIndexed;
+  clearUpTo(overwritten ? down.pageStart : end);
+  setFilled(end);
   const auto copyRow = rowCopy(format_, picture.format_);
   // A bitmap drawn onto itself further down is drawn from its end, so that no row is read after it
   // was overwritten.
   const bool upwards = down.pageStart > down.pictureStart;
-  for (UINT i = 0; across.length > 0 && i < down.length; ++i) {
+  for (UINT i = 0; i < down.length; ++i) {
     const UINT line = upwards ? down.length - 1 - i : i;
     copyRow(row(down.pageStart + line), across.pageStart, picture.row(down.pictureStart + line),
             across.pictureStart, across.length);
@@ -89,6 +88,7 @@ void Bitmap::draw(const Bitmap& picture, INT x, INT y) {
 }
 
 void Bitmap::mapLevels(const std::array<BYTE, 256>& table) {
+  complete();
   BYTE* const begin = pixels_.get();
   BYTE* const end = begin + stride_ * height_;
   if (format_ != Gdiplus::PixelFormat1bppIndexed) {

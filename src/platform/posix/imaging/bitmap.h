@@ -21,15 +21,17 @@ class Bitmap final : public Gdiplus::GpBitmap {
   static constexpr UINT kMaxSide = 65535;
   static constexpr std::size_t kMaxBytes = 0x7FFFFFFF;
 
-  // A bitmap of zero bytes, whose memory is only taken as rows are written. Sets bitmap to null and
-  // answers InvalidParameter for an unknown format or a size of 0, OutOfMemory above the limits.
+  // A black bitmap, all bytes zero. The memory of a large one is only taken as rows are written.
+  // Sets bitmap to null and answers InvalidParameter for an unknown format or a size of 0,
+  // OutOfMemory above the limits.
   static Gdiplus::GpStatus create(UINT width, UINT height, Gdiplus::PixelFormat format,
                                   std::unique_ptr<Bitmap>& bitmap);
-  // The same for one whose rows are about to be filled: those of a small bitmap hold anything until
-  // clearFrom() is told where the filled ones end.
-  static Gdiplus::GpStatus createToFill(UINT width, UINT height, Gdiplus::PixelFormat format,
-                                        std::unique_ptr<Bitmap>& bitmap);
-  void clearFrom(UINT y);
+
+  // Rows are made black when they are first needed: most pages are drawn over from top to bottom,
+  // and clearing them before would be a notable part of their cost. Whoever fills rows from the top
+  // by way of row() says so with setFilled(); whoever reads them calls complete() before.
+  void setFilled(UINT rows);
+  void complete() { clearUpTo(height_); }
 
   [[nodiscard]] UINT width() const { return width_; }
   [[nodiscard]] UINT height() const { return height_; }
@@ -57,17 +59,22 @@ class Bitmap final : public Gdiplus::GpBitmap {
     void operator()(BYTE* memory) const { std::free(memory); }
   };
 
-  Bitmap(UINT width, UINT height, Gdiplus::PixelFormat format, std::size_t stride, BYTE* pixels)
-      : width_(width), height_(height), format_(format), stride_(stride), pixels_(pixels) {}
+  Bitmap(UINT width, UINT height, Gdiplus::PixelFormat format, std::size_t stride, UINT filled,
+         BYTE* pixels)
+      : width_(width),
+        height_(height),
+        format_(format),
+        stride_(stride),
+        filled_(filled),
+        pixels_(pixels) {}
 
-  using Allocate = void* (*)(std::size_t rows, std::size_t stride);
-  static Gdiplus::GpStatus createIn(Allocate allocate, UINT width, UINT height,
-                                    Gdiplus::PixelFormat format, std::unique_ptr<Bitmap>& bitmap);
+  void clearUpTo(UINT rows);
 
   UINT width_;
   UINT height_;
   Gdiplus::PixelFormat format_;
   std::size_t stride_;
+  UINT filled_;  // rows from the top that hold what they should; the others count as black
   std::unique_ptr<BYTE, Free> pixels_;
   Gdiplus::REAL xDpi_ = kDefaultDpi;
   Gdiplus::REAL yDpi_ = kDefaultDpi;

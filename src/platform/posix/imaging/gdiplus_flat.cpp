@@ -45,12 +45,11 @@ GpStatus decodeFile(const wchar_t* fileName, std::unique_ptr<Bitmap>& bitmap) {
   const GpStatus opened = reader.open(pathFromWide(fileName), JpegReader::Colour::kAsStored);
   if (opened != Ok) return opened;
   const JpegPicture& picture = reader.picture();
-  const GpStatus created =
-      Bitmap::createToFill(picture.width, picture.height, picture.format, bitmap);
+  const GpStatus created = Bitmap::create(picture.width, picture.height, picture.format, bitmap);
   if (created != Ok) return created;
   bitmap->setResolution(picture.xDpi, picture.yDpi);
   // Rows that the data did not reach are black.
-  bitmap->clearFrom(reader.read(bitmap->row(0), bitmap->stride(), picture.height));
+  bitmap->setFilled(reader.read(bitmap->row(0), bitmap->stride(), picture.height));
   return Ok;
 }
 
@@ -69,7 +68,7 @@ bool writeRows(JpegWriter& writer, const Bitmap& bitmap) {
   return writer.write(bitmap.row(0), bitmap.stride(), bitmap.height());
 }
 
-GpStatus encodeFile(const Bitmap& bitmap, const wchar_t* fileName) {
+GpStatus encodeFile(Bitmap& bitmap, const wchar_t* fileName) {
   if (bitmap.width() > JpegWriter::kMaxSide || bitmap.height() > JpegWriter::kMaxSide)
     return InvalidParameter;
   JpegPicture picture;
@@ -82,6 +81,7 @@ GpStatus encodeFile(const Bitmap& bitmap, const wchar_t* fileName) {
 
   OutputFile file;
   if (!file.open(pathFromWide(fileName))) return Win32Error;
+  bitmap.complete();
   JpegWriter writer;
   const bool written =
       writer.start(file.get(), picture) && writeRows(writer, bitmap) && writer.finish();
@@ -186,7 +186,9 @@ GpStatus GdipDeleteGraphics(GpGraphics* graphics) {
 
 GpStatus GdipDrawImageI(GpGraphics* graphics, GpImage* image, INT x, INT y) {
   if (graphics == nullptr || image == nullptr) return InvalidParameter;
-  graphics->target().draw(bitmapOf(*image), x, y);
+  Bitmap& picture = bitmapOf(*image);
+  picture.complete();
+  graphics->target().draw(picture, x, y);
   return Ok;
 }
 
