@@ -3,7 +3,9 @@
 #include "family_hp/hp_page_assembly.h"
 
 #include <exception>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 
 #include "platform/device_file.h"
 #include "platform/files.h"
@@ -19,11 +21,20 @@ constexpr const char* kBlackAndWhite = "BlackAndWhite";
 constexpr DWORD kTempPathCapacity = 261;
 constexpr wchar_t kStripFilePrefix[] = L"aster_";
 
+// Overwrites the file and cuts off what is left of a longer strip. Emptying it first would come to
+// the same content, but file systems hurry a file to disk that is emptied and filled again, and
+// that, once for each strip, would cost more than all the decoding.
 void writeStripFile(const std::wstring& path, const unsigned char* bytes, unsigned long size) {
-  std::ofstream file(tvrscn::systemPath(path), std::ios::binary | std::ios::trunc);
+  const std::filesystem::path name = tvrscn::systemPath(path);
+  std::fstream file(name, std::ios::binary | std::ios::in | std::ios::out);
+  if (!file.is_open()) file.open(name, std::ios::binary | std::ios::out | std::ios::trunc);
   file.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(size));
   file.flush();
   file.close();
+  std::error_code ignored;
+  if (std::filesystem::file_size(name, ignored) > size && !ignored) {
+    std::filesystem::resize_file(name, size, ignored);
+  }
 }
 
 CLSID encoderOf(GdiWrapper& imaging, const std::wstring& mimeType) {

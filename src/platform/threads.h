@@ -15,7 +15,6 @@
 void Sleep(DWORD milliseconds);
 
 // Starts a thread; 0 on failure. CloseHandle gives the handle up, the thread runs on.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the system's name
 std::uintptr_t _beginthreadex(void* security, unsigned stackSize, unsigned (*start)(void*),
                               void* argument, unsigned flags, unsigned* threadId);
 

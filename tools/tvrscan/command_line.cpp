@@ -1,10 +1,12 @@
 #include "command_line.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 
 #include <CLI/CLI.hpp>
 
+#include "system.h"
 #include "virtual/virtual_scanner.h"
 #include "words.h"
 
@@ -51,6 +53,13 @@ void addWord(CLI::App& app, const std::string& option, const std::string& descri
       ->type_name("WORD");
 }
 
+// An option whose word is the path of a file or folder.
+CLI::Option* addPath(CLI::App& app, const std::string& option, const std::string& description,
+                     std::filesystem::path& target) {
+  return app.add_option_function<std::string>(
+      option, [&target](const std::string& word) { target = pathOf(word); }, description);
+}
+
 void requireServed(const std::string& option, const std::string& word) {
   const std::string family = lowerCase(word);
   if (family == "qz" || family == "lowend") {
@@ -69,8 +78,12 @@ CLI::Option* addPercent(CLI::App& app, const std::string& option, const std::str
 }
 
 void addVirtual(CLI::App& app, VirtualOptions& target) {
-  app.add_option("--page", target.pageFiles,
-                 "virtual scanner: image to scan (JPEG, PNG, TIFF); may be repeated")
+  app.add_option_function<std::vector<std::string>>(
+         "--page",
+         [&target](const std::vector<std::string>& words) {
+           std::transform(words.begin(), words.end(), std::back_inserter(target.pageFiles), pathOf);
+         },
+         "virtual scanner: image to scan (JPEG, PNG, TIFF); may be repeated")
       ->type_name("FILE")
       ->expected(1)
       ->take_all();
@@ -150,7 +163,7 @@ void addScan(CLI::App& root, ScanOptions& target) {
   app.footer(kScanFooter);
   addDevice(app, target.device);
   addSettings(app, target.settings);
-  app.add_option("--out,-o", target.folder, "folder for the pages; made if missing (default .)")
+  addPath(app, "--out,-o", "folder for the pages; made if missing (default .)", target.folder)
       ->type_name("FOLDER");
   app.add_option_function<std::string>(
          "--name",
@@ -169,8 +182,7 @@ void addScan(CLI::App& root, ScanOptions& target) {
   app.add_flag("--dialogs", target.dialogs, "show the library's message boxes for failures");
   app.add_flag("--json", target.json, "write one JSON object a line to standard output");
   app.add_flag("--quiet,-q", target.quiet, "say nothing but failures on standard error");
-  app.add_option("--log", target.logFile, "append the library's log to this file")
-      ->type_name("FILE");
+  addPath(app, "--log", "append the library's log to this file", target.logFile)->type_name("FILE");
 }
 
 void addRanges(CLI::App& root, RangesOptions& target) {
@@ -186,8 +198,8 @@ void addVirtualCommand(CLI::App& root, VirtualCommandOptions& target) {
   CLI::App& hp = *app.add_subcommand("hp", "A scanner of the HP family");
   hp.add_option("--listen", target.listen, "path of its endpoint (default: a private one)")
       ->type_name("PATH");
-  hp.add_option("--device-folder", target.deviceFolder,
-                "where it registers (default: $TVRSCN_DEVICE_PATH, else the user's)")
+  addPath(hp, "--device-folder",
+          "where it registers (default: $TVRSCN_DEVICE_PATH, else the user's)", target.deviceFolder)
       ->type_name("FOLDER");
   addVirtual(hp, target.scanner);
 }
@@ -253,6 +265,8 @@ class Parser {
  public:
   Parser() {
     root_.name("tvrscan");
+    // A word that begins with a slash is a path on every system.
+    root_.allow_windows_style_options(false);
     root_.footer(kFooter);
     root_.require_subcommand(1);
     root_.set_version_flag("--version", std::string("tvrscan ") + TVRSCAN_VERSION);

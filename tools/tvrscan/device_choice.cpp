@@ -32,7 +32,7 @@ ProcessFolder::ProcessFolder() {
   try {
     path_ = createPrivateFolder(parent, "tvrscan-");
   } catch (const std::system_error& failure) {
-    throw OutputError("the folder for temporary files " + parent.string() +
+    throw OutputError("the folder for temporary files " + textOf(parent) +
                       " cannot be written: " + failure.code().message());
   }
   setTemporaryFolder(path_);
@@ -74,9 +74,16 @@ DeviceChoice::DeviceChoice(const DeviceOptions& options, const ProcessFolder& fo
   placement.socket = folder.path() / "endpoint";
   placement.deviceFolder = folder.path() / "devices";
   fs::create_directories(placement.deviceFolder);
-  setEnvironment("TVRSCN_DEVICE_PATH", placement.deviceFolder.string());
+  // A name of its own: on some systems it stands in one list with the devices of other processes.
+  placement.instanceId =
+      "USB\\VID_0A7E&PID_1F48&MI_00\\" + upperCase(textOf(folder.path().filename()));
+  setEnvironment("TVRSCN_DEVICE_PATH", textOf(placement.deviceFolder));
   scanner_ = virtual_device::startHpScanner(scannerOptions(options_.virtualOptions), placement);
   options_.hardwareId = upperCase(scanner_->placement().instanceId);
+}
+
+void DeviceChoice::endScanner() noexcept {
+  scanner_.reset();
 }
 
 std::optional<Outcome> DeviceChoice::choose(CScanUSBClient& client) {

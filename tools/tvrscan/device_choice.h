@@ -49,6 +49,9 @@ class DeviceChoice {
 
   const Device& device() const { return device_; }
 
+  // Ends a virtual scanner, and its registration, before its time; from any thread.
+  void endScanner() noexcept;
+
  private:
   DeviceOptions options_;
   std::unique_ptr<virtual_device::RunningScanner> scanner_;

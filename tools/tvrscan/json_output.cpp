@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "system.h"
+
 namespace tvrscn::cli {
 namespace {
 
@@ -15,7 +17,7 @@ nlohmann::ordered_json textOrNull(const std::string& text) {
 }
 
 nlohmann::ordered_json pageObject(const StoredPage& page) {
-  return {{"number", page.number}, {"file", page.file.string()}, {"bytes", page.bytes}};
+  return {{"number", page.number}, {"file", textOf(page.file)}, {"bytes", page.bytes}};
 }
 
 }  // namespace

@@ -40,7 +40,8 @@ int run(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   try {
-    return run(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+    prepareStreams();
+    return run(commandLineArguments(argc, argv));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "tvrscan: %s\n", error.what());
     return static_cast<int>(ExitCode::kFailed);

@@ -61,7 +61,7 @@ struct RangesOptions {
 
 struct VirtualCommandOptions {
   VirtualOptions scanner;
-  std::filesystem::path listen;        // empty: chosen
+  std::string listen;                  // empty: chosen
   std::filesystem::path deviceFolder;  // empty: the user's
 };
 

@@ -22,7 +22,7 @@ int highestNumber(const fs::path& folder, const NamePattern& pattern) {
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
-    highest = std::max(highest, pattern.numberOf(entry->path().filename().string()));
+    highest = std::max(highest, pattern.numberOf(textOf(entry->path().filename())));
   }
   return highest;
 }
@@ -46,13 +46,13 @@ PageStore::PageStore(const fs::path& folder, const NamePattern& pattern)
   std::error_code error;
   fs::create_directories(folder_, error);
   if (!fs::is_directory(folder_)) {
-    throw OutputError("the folder " + folder_.string() + " cannot be made" +
+    throw OutputError("the folder " + textOf(folder_) + " cannot be made" +
                       (error ? ": " + error.message() : ""));
   }
   try {
     delivery_ = createPrivateFolder(folder_, ".tvrscan-");
   } catch (const std::system_error& failure) {
-    throw OutputError("the folder " + folder_.string() +
+    throw OutputError("the folder " + textOf(folder_) +
                       " cannot be written: " + failure.code().message());
   }
   nextNumber_ = highestNumber(folder_, pattern_) + 1;
@@ -75,17 +75,17 @@ std::wstring PageStore::wideDeliveryFolder() const {
   const int backLength =
       WideCharToMultiByte(CP_UTF8, 0, wide.data(), used, back.data(), length, nullptr, nullptr);
   if (used <= 0 || backLength != length || back != bytes) {
-    throw OutputError("the name of the folder " + folder_.string() + " is not UTF-8");
+    throw OutputError("the name of the folder " + textOf(folder_) + " is not UTF-8");
   }
   return wide;
 }
 
 const StoredPage& PageStore::store(const std::string& deliveredPath) {
   const std::string name = deliveredPath.substr(deliveredPath.find_last_of("/\\") + 1);
-  const fs::path delivered = delivery_ / name;
+  const fs::path delivered = delivery_ / pathOf(name);
   const std::string page = "page " + std::to_string(pages_.size() + 1);
   if (!isWholeJpeg(delivered)) {
-    throw OutputError(page + " could not be stored: " + delivered.string() +
+    throw OutputError(page + " could not be stored: " + textOf(delivered) +
                       " was not written, or not whole");
   }
   const std::uintmax_t bytes = fs::file_size(delivered);
@@ -95,7 +95,7 @@ const StoredPage& PageStore::store(const std::string& deliveredPath) {
   if (error) {
     std::error_code ignored;
     fs::remove(target, ignored);
-    throw OutputError(page + " could not be stored as " + target.string() + ": " + error.message());
+    throw OutputError(page + " could not be stored as " + textOf(target) + ": " + error.message());
   }
   pages_.push_back({static_cast<int>(pages_.size()) + 1, std::move(target), bytes});
   return pages_.back();
@@ -104,16 +104,16 @@ const StoredPage& PageStore::store(const std::string& deliveredPath) {
 // The name is taken by making the file, so that two programs cannot settle on the same one.
 fs::path PageStore::claimName() {
   while (nextNumber_ <= kHighestNumber) {
-    fs::path target = (folder_ / pattern_.fileName(nextNumber_)).lexically_normal();
+    fs::path target = (folder_ / pathOf(pattern_.fileName(nextNumber_))).lexically_normal();
     ++nextNumber_;
     try {
       if (createNewFile(target)) return target;
     } catch (const std::system_error& failure) {
-      throw OutputError("the file " + target.string() +
+      throw OutputError("the file " + textOf(target) +
                         " cannot be made: " + failure.code().message());
     }
   }
-  throw OutputError("there is no number left for another page in " + folder_.string());
+  throw OutputError("there is no number left for another page in " + textOf(folder_));
 }
 
 std::uintmax_t PageStore::bytesStored() const {

@@ -1,6 +1,7 @@
 #include "reporter.h"
 
 #include "json_output.h"
+#include "system.h"
 
 namespace tvrscn::cli {
 
@@ -25,9 +26,9 @@ void Reporter::page(const StoredPage& page) {
     console_.data(pageLine(page));
     return;
   }
-  console_.note("page " + std::to_string(page.number) + ": " + page.file.filename().string() +
-                ", " + byteText(page.bytes) + ", " + timeText(elapsed()));
-  console_.data(page.file.string());
+  console_.note("page " + std::to_string(page.number) + ": " + textOf(page.file.filename()) + ", " +
+                byteText(page.bytes) + ", " + timeText(elapsed()));
+  console_.data(textOf(page.file));
 }
 
 int Reporter::end(const Outcome& outcome, const std::vector<StoredPage>& pages) {
@@ -41,7 +42,7 @@ void Reporter::endInWords(const Outcome& outcome, const std::vector<StoredPage>&
   std::string names;
   for (const StoredPage& page : pages) {
     bytes += page.bytes;
-    names += (names.empty() ? "" : ", ") + page.file.string();
+    names += (names.empty() ? "" : ", ") + textOf(page.file);
   }
   if (outcome.code == ExitCode::kDone) {
     console_.note(pageText(pages.size()) + " stored, " + byteText(bytes) + ", " +

@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "scan_session.h"
 #include "scan_settings.h"
+#include "system.h"
 
 namespace tvrscn::cli {
 
@@ -16,9 +17,9 @@ namespace {
 void openLog(const fs::path& file) {
   if (file.empty()) return;
   if (!std::ofstream(file, std::ios::app)) {
-    throw OutputError("the log file " + file.string() + " cannot be written");
+    throw OutputError("the log file " + textOf(file) + " cannot be written");
   }
-  setEnvironment("TVRSCN_LOG", fs::absolute(file).string());
+  setEnvironment("TVRSCN_LOG", textOf(fs::absolute(file)));
 }
 
 void tellNotes(Console& console, const ScanOptions& options, const PageStore& pages) {
@@ -33,7 +34,8 @@ void tellNotes(Console& console, const ScanOptions& options, const PageStore& pa
 int scanWith(const ScanOptions& options, Reporter& reporter, PageStore& pages,
              ProcessFolder& folder, StopRequests& stop) {
   DeviceChoice choice(options.device, folder);
-  ScanSession session(reporter, pages, folder, stop, std::chrono::seconds(options.timeoutSeconds));
+  ScanSession session(reporter, pages, folder, choice, stop,
+                      std::chrono::seconds(options.timeoutSeconds));
   CScanUSBClient& client = processClient();
   client.InitExceptionStrings(nullptr);
   client.SetUsingTevraUI(options.dialogs ? 1 : 0);

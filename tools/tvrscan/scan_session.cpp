@@ -27,10 +27,11 @@ std::string plainText(const wchar_t* line) {
 }  // namespace
 
 ScanSession::ScanSession(Reporter& reporter, PageStore& pages, ProcessFolder& folder,
-                         StopRequests& stop, std::chrono::seconds timeout)
+                         DeviceChoice& choice, StopRequests& stop, std::chrono::seconds timeout)
     : reporter_(reporter),
       pages_(pages),
       folder_(folder),
+      choice_(choice),
       stop_(stop),
       timeout_(timeout),
       callback_{&ScanSession::onNotification, this},
@@ -128,6 +129,7 @@ void ScanSession::checkSilence() {
 void ScanSession::endProcessWith(const Outcome& outcome) {
   const int exitCode = reporter_.end(outcome, pages_.pages());
   pages_.cleanUp();
+  choice_.endScanner();
   folder_.cleanUp();
   endProcess(exitCode);
 }

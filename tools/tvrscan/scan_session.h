@@ -22,8 +22,8 @@ namespace tvrscn::cli {
 class ScanSession {
  public:
   // All arguments outlive the session. A timeout of 0 is none.
-  ScanSession(Reporter& reporter, PageStore& pages, ProcessFolder& folder, StopRequests& stop,
-              std::chrono::seconds timeout);
+  ScanSession(Reporter& reporter, PageStore& pages, ProcessFolder& folder, DeviceChoice& choice,
+              StopRequests& stop, std::chrono::seconds timeout);
   ScanSession(const ScanSession&) = delete;
   ScanSession& operator=(const ScanSession&) = delete;
   // Stops listening and watching.
@@ -56,6 +56,7 @@ class ScanSession {
   Reporter& reporter_;
   PageStore& pages_;
   ProcessFolder& folder_;
+  DeviceChoice& choice_;
   StopRequests& stop_;
   const std::chrono::seconds timeout_;
   TVR_FP_CALLBACK callback_;

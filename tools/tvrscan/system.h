@@ -5,11 +5,21 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace tvrscn::cli {
 
-bool stdoutIsTerminal();
+// Makes standard output and standard error take UTF-8, with the same line ends on every system.
+// Once, at the start of main.
+void prepareStreams();
+// Whether standard error is a terminal that can go back in a line.
 bool stderrIsTerminal();
+
+// Texts of this program are UTF-8 on every system; so are its arguments, from those of main.
+std::vector<std::string> commandLineArguments(int argc, char** argv);
+// A path as text, and back. What is no text in a path is kept on Linux, and replaced on Windows.
+std::string textOf(const std::filesystem::path& path);
+std::filesystem::path pathOf(const std::string& text);
 
 // Sets a variable for this process and those it starts. Only before there are threads.
 void setEnvironment(const std::string& name, const std::string& value);
@@ -19,7 +29,8 @@ std::string environment(const std::string& name);
 // Where this process puts its temporary files from now on. Only before there are threads.
 void setTemporaryFolder(const std::filesystem::path& folder);
 
-// Makes a new folder in parent that nobody else has or can enter. Throws std::system_error.
+// Makes a new folder in parent that nobody else has, and that nobody can enter where that leaves no
+// trace on the files that move out of it. Throws std::system_error.
 std::filesystem::path createPrivateFolder(const std::filesystem::path& parent,
                                           const std::string& prefix);
 
@@ -27,8 +38,14 @@ std::filesystem::path createPrivateFolder(const std::filesystem::path& parent,
 // cannot be made.
 bool createNewFile(const std::filesystem::path& file);
 
-// Where the user's virtual devices are registered when nothing else is said.
+// The folder where the user's virtual devices are registered when nothing else is said; empty on a
+// system that keeps its list of devices elsewhere.
 std::filesystem::path userDeviceFolder();
+
+// The place of a virtual device's endpoint, from what the user wrote; and an endpoint as the device
+// search finds it, from its place.
+std::filesystem::path endpointPlace(const std::string& word);
+std::string endpointName(const std::filesystem::path& place);
 
 // Ends the process here and now: no destructors, no other thread gets a say.
 [[noreturn]] void endProcess(int exitCode) noexcept;

@@ -15,14 +15,22 @@ namespace {
 
 constexpr std::chrono::seconds kLongWait{3600};
 
+// Empty where the system keeps no folder of devices.
 fs::path deviceFolder(const VirtualCommandOptions& options) {
+  if (userDeviceFolder().empty()) {
+    if (!options.deviceFolder.empty()) {
+      throw UsageProblem{ExitCode::kUsage,
+                         "--device-folder: devices are registered in the registry on this system"};
+    }
+    return {};
+  }
   fs::path folder = options.deviceFolder;
-  if (folder.empty()) folder = environment("TVRSCN_DEVICE_PATH");
+  if (folder.empty()) folder = pathOf(environment("TVRSCN_DEVICE_PATH"));
   if (folder.empty()) folder = userDeviceFolder();
   std::error_code error;
   fs::create_directories(folder, error);
   if (!fs::is_directory(folder)) {
-    throw OutputError("the folder " + folder.string() + " cannot be made" +
+    throw OutputError("the folder " + textOf(folder) + " cannot be made" +
                       (error ? ": " + error.message() : ""));
   }
   return fs::absolute(folder);
@@ -36,12 +44,14 @@ int runVirtual(const VirtualCommandOptions& options, StopRequests& stop) {
   try {
     virtual_device::Placement placement;
     placement.deviceFolder = deviceFolder(options);
-    if (!options.listen.empty()) placement.socket = fs::absolute(options.listen);
+    if (!options.listen.empty()) placement.socket = endpointPlace(options.listen);
     const auto scanner = virtual_device::startHpScanner(scannerOptions(options.scanner), placement);
     const virtual_device::Placement& placed = scanner->placement();
     console.data("hardware id: " + hardwareIdOf(placed.instanceId));
-    console.data("endpoint: unix:" + placed.socket.string());
-    console.note("registered in " + placed.deviceFolder.string() + "; Ctrl-C ends it");
+    console.data("endpoint: " + endpointName(placed.socket));
+    const fs::path& folder = placed.deviceFolder;
+    console.note("registered in " + (folder.empty() ? "the registry" : textOf(folder)) +
+                 "; Ctrl-C ends it");
     while (!stop.wait(kLongWait)) {
     }
     scanner->stop();

@@ -24,7 +24,9 @@ namespace tvrscn {
 
 extern const wchar_t kPathSeparator = L'/';
 
-std::filesystem::path systemPath(const std::wstring& path) { return pathFromWide(path); }
+std::filesystem::path systemPath(const std::wstring& path) {
+  return pathFromWide(path);
+}
 
 namespace {
 

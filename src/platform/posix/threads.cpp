@@ -26,7 +26,6 @@ void Sleep(DWORD milliseconds) {
 
 // The stack has the system's usual size, whatever is asked for. No flag is known; a thread that
 // should start suspended is not started.
-// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the system's own name
 std::uintptr_t _beginthreadex(void* /*security*/, unsigned /*stackSize*/, unsigned (*start)(void*),
                               void* argument, unsigned flags, unsigned* threadId) {
   if (start == nullptr || flags != 0) {

@@ -21,7 +21,7 @@ inline std::string utf8FromWide(std::wstring_view wide) {
   narrow.reserve(wide.size());
   const auto append = [&narrow](std::uint32_t byte) { narrow.push_back(static_cast<char>(byte)); };
   for (const wchar_t character : wide) {
-    // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a wide character is no byte
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse): a wide character is no byte
     auto code = static_cast<std::uint32_t>(character);
     if (code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) code = kReplacementCharacter;
     if (code < 0x80) {

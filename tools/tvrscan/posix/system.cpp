@@ -12,11 +12,22 @@
 
 namespace tvrscn::cli {
 
-bool stdoutIsTerminal() {
-  return isatty(STDOUT_FILENO) == 1;
-}
+void prepareStreams() {}
+
 bool stderrIsTerminal() {
   return isatty(STDERR_FILENO) == 1;
+}
+
+std::vector<std::string> commandLineArguments(int argc, char** argv) {
+  return {argv + (argc > 0 ? 1 : 0), argv + argc};
+}
+
+std::string textOf(const std::filesystem::path& path) {
+  return path.string();
+}
+
+std::filesystem::path pathOf(const std::string& text) {
+  return text;
 }
 
 void setEnvironment(const std::string& name, const std::string& value) {
@@ -54,6 +65,14 @@ bool createNewFile(const std::filesystem::path& file) {
 
 std::filesystem::path userDeviceFolder() {
   return std::filesystem::path(userRuntimeFolder()) / "tvrscn" / "devices";
+}
+
+std::filesystem::path endpointPlace(const std::string& word) {
+  return std::filesystem::absolute(word);
+}
+
+std::string endpointName(const std::filesystem::path& place) {
+  return "unix:" + place.string();
 }
 
 void endProcess(int exitCode) noexcept {
