@@ -25,15 +25,19 @@ function(tvrscn_configure target)
               -Wdouble-promotion)
   endif()
   if(TVRSCN_SANITIZE)
-    # -Wnull-dereference sees phantoms in instrumented code.
-    target_compile_options(${target} PRIVATE -fsanitize=${TVRSCN_SANITIZE} -fno-omit-frame-pointer
-                                             -fno-sanitize-recover=all -Wno-null-dereference)
+    # These two warnings see phantoms in instrumented code.
+    target_compile_options(
+      ${target} PRIVATE -fsanitize=${TVRSCN_SANITIZE} -fno-omit-frame-pointer
+                        -fno-sanitize-recover=all -Wno-null-dereference
+                        $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_link_options(${target} PRIVATE -fsanitize=${TVRSCN_SANITIZE})
   endif()
 endfunction()
 
-# A shared library of ours: nothing but what export.h marks leaves it.
+# A shared library of ours: nothing but what export.h marks leaves it. Where linking needs an import
+# library, that stands beside it.
 function(tvrscn_hide_internals target)
+  set_target_properties(${target} PROPERTIES ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
   if(UNIX)
     set(map ${PROJECT_SOURCE_DIR}/cmake/exports.map)
     target_link_options(${target} PRIVATE -Wl,--version-script=${map})
