@@ -1,11 +1,13 @@
 #include <exception>
 #include <system_error>
 
+#include "command_line.h"
 #include "commands.h"
 #include "console.h"
 #include "device_choice.h"
 #include "device_list.h"
 #include "reporter.h"
+#include "system.h"
 
 namespace tvrscn::cli {
 
