@@ -59,7 +59,7 @@ std::string idBehind(const std::string& tag, std::string text) {
   toUpper(text);
   const std::size_t at = text.find(tag);
   if (at == std::string::npos || at + tag.size() + kLeast > text.size()) return {};
-  return "x" + text.substr(at + tag.size(), kMost);
+  return std::string("x").append(text, at + tag.size(), kMost);
 }
 
 }  // namespace

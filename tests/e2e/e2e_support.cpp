@@ -1,8 +1,8 @@
 #include "tests/e2e/e2e_support.h"
 
-#include <cstdlib>
+#include <algorithm>
+#include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "virtual/common/codec.h"
@@ -20,24 +20,22 @@ std::vector<std::string> readLines(const fs::path& file) {
   return lines;
 }
 
-std::vector<unsigned char> readBytes(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
-int word(const std::vector<unsigned char>& bytes, std::size_t at) {
+int word(const std::vector<std::uint8_t>& bytes, std::size_t at) {
   return bytes.at(at) * 256 + bytes.at(at + 1);
 }
 
-void collect(ScanNotification* notification, void* context) {
-  static_cast<std::vector<Notification>*>(context)->push_back(
-      {notification->type, notification->text});
+std::unique_ptr<CScanUSBClient> makeClient() {
+  auto client = std::make_unique<CScanUSBClient>(CONTROLLER_HP);
+  client->InitExceptionStrings(nullptr);
+  client->SetUsingTevraUI(0);
+  client->InitScanConfigInfo("scanner", kHardwareId, L"label");
+  return client;
 }
 
 }  // namespace
 
 JpegHead readJpegHead(const fs::path& file) {
-  const std::vector<unsigned char> bytes = readBytes(file);
+  const std::vector<std::uint8_t> bytes = readFile(file);
   JpegHead head;
   std::size_t at = 2;
   while (bytes.at(at) == 0xFF) {
@@ -80,29 +78,30 @@ TevraScanUIData smallJob() {
   return job;
 }
 
+int runOneJob(const fs::path& folder) {
+  TevraScanUIData job = smallJob();
+  return static_cast<int>(makeClient()->Scan(job, nullptr, folder.wstring(), nullptr));
+}
+
 void ScannerTest::SetUp() {
-  std::string pattern = (fs::temp_directory_path() / "tvrscn-e2e-XXXXXX").string();
-  ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-  folder_ = pattern;
-  out_ = folder_ / "pages";
   fs::create_directories(out_);
-  setenv("TVRSCN_LOG", (folder_ / "log").c_str(), 1);
+  setVariable("TVRSCN_LOG", (folder_ / "log").string());
   // Where a test expects no dialog, a dialog is an answer that shows.
-  unsetenv("TVRSCN_DIALOG");
+  clearVariable("TVRSCN_DIALOG");
+  setVariable("TVRSCN_DEVICE_PATH", folder_.string());
 }
 
 void ScannerTest::TearDown() {
+  answers_.reset();
   if (scanner_) scanner_->stop();
   scanner_.reset();
-  unsetenv("TVRSCN_LOG");
-  unsetenv("TVRSCN_DIALOG");
-  unsetenv("TVRSCN_DEVICE_PATH");
-  fs::remove_all(folder_);
+  clearVariable("TVRSCN_LOG");
+  clearVariable("TVRSCN_DEVICE_PATH");
 }
 
 void ScannerTest::start(const virtual_device::HpScannerOptions& options) {
   scanner_ = virtual_device::startHpScanner(options, {});
-  setenv("TVRSCN_DEVICE_PATH", scanner_->placement().deviceFolder.c_str(), 1);
+  setVariable("TVRSCN_DEVICE_PATH", scanner_->placement().deviceFolder.string());
 }
 
 fs::path ScannerTest::makePage(const std::string& name, int level, int lowerLevel) {
@@ -120,11 +119,7 @@ fs::path ScannerTest::makePage(const std::string& name, int level, int lowerLeve
 }
 
 std::unique_ptr<CScanUSBClient> ScannerTest::openClient() {
-  auto client = std::make_unique<CScanUSBClient>(CONTROLLER_HP);
-  client->InitExceptionStrings(nullptr);
-  client->SetUsingTevraUI(0);
-  client->InitScanConfigInfo("scanner", kHardwareId, L"label");
-  return client;
+  return makeClient();
 }
 
 long ScannerTest::scan(TevraScanUIData job) {
@@ -132,21 +127,19 @@ long ScannerTest::scan(TevraScanUIData job) {
 }
 
 long ScannerTest::scan(CScanUSBClient& client, TevraScanUIData job) {
-  TVR_FP_CALLBACK callback = {collect, &notifications_};
+  TVR_FP_CALLBACK callback = {&ScannerTest::collect, this};
   return client.Scan(job, &callback, out_.wstring(), nullptr);
 }
 
-void ScannerTest::answerDialogs() {
-  const fs::path program = folder_ / "answer";
-  std::ofstream(program) << "#!/bin/sh\nprintf '%s|%s|%s\\n' \"$1\" \"$2\" \"$3\" >>"
-                         << (folder_ / "dialogs") << "\nexit 1\n";
-  fs::permissions(program, fs::perms::owner_all);
-  setenv("TVRSCN_DIALOG", program.c_str(), 1);
+void ScannerTest::collect(ScanNotification* notification, void* context) {
+  auto* test = static_cast<ScannerTest*>(context);
+  test->notifications_.push_back({notification->type, notification->text, test->dialogs().size()});
 }
 
-std::vector<std::string> ScannerTest::dialogs() const {
-  return readLines(folder_ / "dialogs");
+std::vector<Dialog> ScannerTest::dialogs() const {
+  return answers_ ? answers_->seen() : std::vector<Dialog>{};
 }
+
 std::vector<std::string> ScannerTest::logLines() const {
   return readLines(folder_ / "log");
 }

@@ -3,6 +3,7 @@
 #ifndef TVRSCN_TESTS_E2E_E2E_SUPPORT_H
 #define TVRSCN_TESTS_E2E_E2E_SUPPORT_H
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -10,17 +11,18 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/e2e/system.h"
+#include "tests/support/temporary_folder.h"
 #include "tvrscn/scan_client.h"
 #include "virtual/common/raster.h"
 #include "virtual/virtual_scanner.h"
 
 namespace tvrscn::test {
 
-namespace fs = std::filesystem;
-
 struct Notification {
   NotificationType type;
   std::string text;
+  std::size_t dialogsBefore;  // how many dialogs had been shown by then
 };
 
 // What the head of a JPEG file says.
@@ -38,6 +40,10 @@ double meanLevel(const virtual_device::Raster& raster, double from = 0.0, double
 // Settings for a small page: 75 dpi, 100 by 80 mm, colour, one side.
 TevraScanUIData smallJob();
 
+// A process that is just a host: one small job into the folder. Its exit code is that of the job.
+constexpr const char* kOneJobArgument = "--one-job";
+int runOneJob(const fs::path& folder);
+
 class ScannerTest : public ::testing::Test {
  protected:
   void SetUp() override;
@@ -54,17 +60,22 @@ class ScannerTest : public ::testing::Test {
   long scan(TevraScanUIData job);
   long scan(CScanUSBClient& client, TevraScanUIData job);
 
-  // Has dialogs answered by a program that writes them down; dialogs() is what it wrote.
-  void answerDialogs();
-  std::vector<std::string> dialogs() const;
+  // Has dialogs answered and remembered from here on.
+  void answerDialogs() { answers_ = std::make_unique<DialogAnswers>(folder_); }
+  std::vector<Dialog> dialogs() const;
   std::vector<std::string> logLines() const;
   std::vector<fs::path> pages() const;
   std::vector<NotificationType> types() const;
 
-  fs::path folder_;  // for everything of this test
-  fs::path out_;     // where pages go
+  TemporaryFolder temporary_;
+  fs::path folder_ = temporary_.path();  // for everything of this test
+  fs::path out_ = folder_ / "pages";     // where pages go
+  std::unique_ptr<DialogAnswers> answers_;
   std::vector<Notification> notifications_;
   std::unique_ptr<virtual_device::RunningScanner> scanner_;
+
+ private:
+  static void collect(ScanNotification* notification, void* context);
 };
 
 }  // namespace tvrscn::test

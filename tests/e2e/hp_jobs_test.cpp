@@ -1,5 +1,4 @@
 // Whole HP jobs that go well: every shape, and what stands in the files.
-#include <cstdlib>
 #include <vector>
 
 #include "tests/e2e/e2e_support.h"
@@ -48,13 +47,23 @@ TEST_F(HPJob, PageFileIsNamedByFolderAndNumber) {
   EXPECT_EQ(pages()[0].extension(), ".JPG");
 }
 
-TEST_F(HPJob, GreyPageHasOneComponent) {
-  start({});
+TEST_F(HPJob, GreyPageIsGrey) {
+  HpScannerOptions options;
+  options.pageFiles = {makePage("half", 200, 60)};
+  start(options);
   TevraScanUIData job = smallJob();
   job.colorMode = "Grayscale";
   EXPECT_EQ(scan(job), 0);
   ASSERT_EQ(pages().size(), 1U);
-  EXPECT_EQ(readJpegHead(pages()[0]).components, 1);
+  EXPECT_EQ(readJpegHead(pages()[0]).components, kGreyPageComponents);
+  const Raster page = decodeImageFile(pages()[0]);
+  EXPECT_NEAR(meanLevel(page, 0.0, 0.45), 200, 3);
+  EXPECT_NEAR(meanLevel(page, 0.55, 1.0), 60, 3);
+  int colourful = 0;
+  for (std::size_t i = 0; i + 2 < page.data.size(); i += 3) {
+    if (page.data[i] != page.data[i + 1] || page.data[i] != page.data[i + 2]) ++colourful;
+  }
+  EXPECT_EQ(colourful, 0);
 }
 
 TEST_F(HPJob, BlackAndWhitePageHoldsBlackAndWhiteOnly) {
@@ -177,7 +186,7 @@ TEST_F(HPJob, NullCallbackScansInSilence) {
 TEST_F(HPJob, FolderWithUnicodeNameGetsItsPage) {
   start({});
   const auto client = openClient();
-  const fs::path folder = folder_ / "Bl\xC3\xA4tter \xE7\x94\xA8\xE7\xB4\x99";
+  const fs::path folder = folder_ / u8"Bl\u00E4tter \u7528\u7D19";
   fs::create_directories(folder);
   TevraScanUIData job = smallJob();
   const std::wstring wide = folder_.wstring() + L"/Bl\u00E4tter \u7528\u7D19";
@@ -188,14 +197,14 @@ TEST_F(HPJob, FolderWithUnicodeNameGetsItsPage) {
 TEST_F(HPJob, TemporaryStripFileIsGoneAfterTheJob) {
   const fs::path temporary = folder_ / "temporary";
   fs::create_directories(temporary);
-  setenv("TMPDIR", temporary.c_str(), 1);
+  setVariable(kTemporaryFolderVariable, temporary.string());
   start({});
   EXPECT_EQ(scan(smallJob()), 0);
   std::vector<fs::path> strips;
   for (const auto& entry : fs::directory_iterator(temporary)) {
     if (entry.path().filename().string().starts_with("ast")) strips.push_back(entry.path());
   }
-  unsetenv("TMPDIR");
+  clearVariable(kTemporaryFolderVariable);
   EXPECT_TRUE(strips.empty());
 }
 

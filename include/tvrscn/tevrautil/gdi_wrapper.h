@@ -30,13 +30,15 @@ class TVRSCN_UTIL_API GdiWrapper {
   void BlackandWhiteImageProcessing(std::wstring& path, int brightness, int contrast);
 
   // Applies brightness (-255..255, positive is brighter) and contrast (-100..100) to the JPEG file
-  // at path, in place; values beyond count as the end of their range. Resolution, size and colour
-  // sampling are kept, the quality is not below the file's own. Errors as above.
+  // at path, in place; values beyond count as the end of their range. Resolution and size are kept,
+  // the colour sampling where the system's encoder lets it be chosen; the quality is not below the
+  // file's own. Errors as above.
   void BrightnessContrastApplyEffect(std::wstring path, int brightness, int contrast);
 
   // Writes page k (from 0) of the TIFF file `source` as a single-page TIFF to prefix + decimal
-  // (firstNumber + k) + ".tif", keeping resolution, size and compression. Returns the number of
-  // pages written, 0 when source is no TIFF; a damaged file gives the pages that could be had.
+  // (firstNumber + k) + ".tif", keeping resolution, size and, where the system's encoder has it,
+  // compression. Returns the number of pages written, 0 when source is no TIFF; a damaged file
+  // gives the pages that could be had.
   std::uint32_t ConvertMultiPageTIFF2SinglePageTIFF(std::wstring source, std::wstring prefix,
                                                     std::uint32_t firstNumber);
 

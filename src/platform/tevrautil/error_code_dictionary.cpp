@@ -1,5 +1,4 @@
-// The messages of the failure dialogs, in one table: what happened, and what the user can do about
-// it.
+// The messages of the failure dialogs; their texts stand in dictionary_messages.def.
 #include "tvrscn/tevrautil/error_code_dictionary.h"
 
 #include <limits>
@@ -16,35 +15,11 @@ struct Message {
   const wchar_t* text;
 };
 
+#define MESSAGE(resource, field, text) {resource, &CErrorCodeDictionary::field, L##text},
 const Message kMessages[] = {
-    {101, &CErrorCodeDictionary::m_strScannerBusy,
-     L"The scanner is busy with another job. Wait until that job has ended, then scan again."},
-    {102, &CErrorCodeDictionary::m_strDeviceError,
-     L"The scanner reports an error. Look at the display of the device, clear the error shown "
-     L"there, then scan again."},
-    {103, &CErrorCodeDictionary::m_strGeneralError,
-     L"The scan could not be completed. Switch the device off and on again, then repeat the scan."},
-    {104, &CErrorCodeDictionary::m_strJobCancelled,
-     L"The scan was cancelled at the device. Start it again if you still need the pages."},
-    {105, &CErrorCodeDictionary::m_strNoDocument,
-     L"There is no document in the feeder. Load your document, then scan again."},
-    {106, &CErrorCodeDictionary::m_strInvalidRequest,
-     L"The scanner cannot carry out this request in its present state. Wait until it is ready, "
-     L"check "
-     L"paper size and resolution, then scan again."},
-    {107, &CErrorCodeDictionary::m_strPaperJam,
-     L"Paper is jammed in the document feeder. Open the feeder, take the paper out, close the "
-     L"feeder "
-     L"and load the remaining pages again."},
-    {108, &CErrorCodeDictionary::m_strCommFailure,
-     L"The connection to the scanner failed. Check that the device is switched on and that its USB "
-     L"cable is plugged in at both ends, then scan again."},
-    {109, &CErrorCodeDictionary::m_strTitle, L"Scan"},
-    {110, &CErrorCodeDictionary::m_strCommFailureTitle, L"The scanner cannot be reached"},
-    {111, &CErrorCodeDictionary::m_strCoverOpen,
-     L"A cover of the scanner is open. Close the cover and the document feeder, then scan again."},
-    {112, &CErrorCodeDictionary::m_strPaperJamTitle, L"Paper jam"},
+#include "platform/tevrautil/dictionary_messages.def"
 };
+#undef MESSAGE
 
 // Device texts are UTF-8.
 std::wstring widened(const std::string& text) {

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "platform/imaging.h"
+#include "platform/imaging_math/brightness_contrast.h"
 #include "platform/posix/imaging/bitmap.h"
-#include "platform/posix/imaging/effect.h"
 #include "platform/posix/imaging/jpeg_reader.h"
 #include "platform/posix/imaging/jpeg_writer.h"
 #include "platform/posix/imaging/output_file.h"
@@ -17,6 +17,24 @@
 #include "platform/posix/utf8.h"
 
 namespace Gdiplus {
+
+class CGpEffect {
+ public:
+  // False, and nothing is changed, when a value is out of range.
+  [[nodiscard]] bool set(const BrightnessContrastParams& parameters) {
+    if (!tvrscn::imaging::isBrightnessContrast(parameters.brightnessLevel,
+                                               parameters.contrastLevel)) {
+      return false;
+    }
+    parameters_ = parameters;
+    return true;
+  }
+  [[nodiscard]] const BrightnessContrastParams& parameters() const { return parameters_; }
+
+ private:
+  BrightnessContrastParams parameters_{0, 0};
+};
+
 namespace {
 
 using tvrscn::pathFromWide;

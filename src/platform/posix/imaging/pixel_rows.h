@@ -11,16 +11,9 @@
 #include <cstddef>
 
 #include "platform/imaging.h"
+#include "platform/imaging_math/luma.h"
 
 namespace tvrscn::imaging {
-
-// Grey from here on counts as white where only black and white are left.
-constexpr unsigned kWhiteFrom = 128;
-
-// Brightness of a colour, 0.299 red + 0.587 green + 0.114 blue, rounded.
-constexpr BYTE luma(unsigned blue, unsigned green, unsigned red) {
-  return static_cast<BYTE>((19595 * red + 38470 * green + 7471 * blue + 32768) >> 16);
-}
 
 // Bytes of one row; 0 for a format that no bitmap has.
 std::size_t rowBytes(Gdiplus::PixelFormat format, std::size_t width);

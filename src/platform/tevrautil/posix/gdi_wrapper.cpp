@@ -12,12 +12,12 @@
 #include <stdexcept>
 #include <vector>
 
-#include "platform/posix/imaging/effect.h"
+#include "platform/imaging_math/adaptive_threshold.h"
+#include "platform/imaging_math/brightness_contrast.h"
 #include "platform/posix/imaging/jpeg_reader.h"
 #include "platform/posix/imaging/jpeg_writer.h"
 #include "platform/posix/imaging/output_file.h"
 #include "platform/posix/utf8.h"
-#include "platform/tevrautil/posix/adaptive_threshold.h"
 #include "platform/tevrautil/posix/tiff_pages.h"
 
 namespace {

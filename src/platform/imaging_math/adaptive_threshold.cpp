@@ -1,6 +1,6 @@
 // The header has the mathematics. Sums of a window are kept up by adding what enters and taking off
 // what leaves, so a pixel costs the same whatever the resolution.
-#include "platform/tevrautil/posix/adaptive_threshold.h"
+#include "platform/imaging_math/adaptive_threshold.h"
 
 #include <algorithm>
 #include <utility>

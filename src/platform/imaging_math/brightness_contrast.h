@@ -8,35 +8,23 @@
 //
 // Each of the two is rounded half up and cut to 0..255, so +255 is white all over and -255 black
 // all over whatever the contrast, and 0 and 0 change nothing.
-#ifndef TVRSCN_PLATFORM_POSIX_IMAGING_EFFECT_H
-#define TVRSCN_PLATFORM_POSIX_IMAGING_EFFECT_H
+#ifndef TVRSCN_PLATFORM_IMAGING_MATH_BRIGHTNESS_CONTRAST_H
+#define TVRSCN_PLATFORM_IMAGING_MATH_BRIGHTNESS_CONTRAST_H
 
 #include <array>
 
-#include "platform/imaging.h"
+#include "tvrscn/types.h"
 
 namespace tvrscn::imaging {
 
 constexpr int kMaxBrightness = 255;
 constexpr int kMaxContrast = 100;
 
+bool isBrightnessContrast(int brightness, int contrast);
+
 // Both values have to be within their range.
 std::array<BYTE, 256> brightnessContrastTable(int brightness, int contrast);
 
 }  // namespace tvrscn::imaging
 
-namespace Gdiplus {
-
-class CGpEffect {
- public:
-  // False, and nothing is changed, when a value is out of range.
-  [[nodiscard]] bool set(const BrightnessContrastParams& parameters);
-  [[nodiscard]] const BrightnessContrastParams& parameters() const { return parameters_; }
-
- private:
-  BrightnessContrastParams parameters_{0, 0};
-};
-
-}  // namespace Gdiplus
-
-#endif  // TVRSCN_PLATFORM_POSIX_IMAGING_EFFECT_H
+#endif  // TVRSCN_PLATFORM_IMAGING_MATH_BRIGHTNESS_CONTRAST_H

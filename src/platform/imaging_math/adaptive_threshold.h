@@ -15,8 +15,8 @@
 //   T = T0 * (255 - b) / 255            for b >= 0   (255: everything white)
 //   T = T0 + (256 - T0) * -b / 255      for b < 0    (-255: everything black)
 // Contrast has no part in it: the result knows no levels between.
-#ifndef TVRSCN_PLATFORM_TEVRAUTIL_POSIX_ADAPTIVE_THRESHOLD_H
-#define TVRSCN_PLATFORM_TEVRAUTIL_POSIX_ADAPTIVE_THRESHOLD_H
+#ifndef TVRSCN_PLATFORM_IMAGING_MATH_ADAPTIVE_THRESHOLD_H
+#define TVRSCN_PLATFORM_IMAGING_MATH_ADAPTIVE_THRESHOLD_H
 
 #include <array>
 #include <cstddef>
@@ -84,4 +84,4 @@ void thresholdRow(const BYTE* grey, const std::vector<float>& means,
 
 }  // namespace tvrscn::imaging
 
-#endif  // TVRSCN_PLATFORM_TEVRAUTIL_POSIX_ADAPTIVE_THRESHOLD_H
+#endif  // TVRSCN_PLATFORM_IMAGING_MATH_ADAPTIVE_THRESHOLD_H

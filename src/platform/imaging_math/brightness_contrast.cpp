@@ -1,5 +1,5 @@
 // The header has the mathematics.
-#include "platform/posix/imaging/effect.h"
+#include "platform/imaging_math/brightness_contrast.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,6 +21,11 @@ int withContrast(int level, int contrast) {
 
 }  // namespace
 
+bool isBrightnessContrast(int brightness, int contrast) {
+  return brightness >= -kMaxBrightness && brightness <= kMaxBrightness &&
+         contrast >= -kMaxContrast && contrast <= kMaxContrast;
+}
+
 std::array<BYTE, 256> brightnessContrastTable(int brightness, int contrast) {
   std::array<BYTE, 256> table{};
   for (std::size_t level = 0; level < table.size(); ++level) {
@@ -31,18 +36,3 @@ std::array<BYTE, 256> brightnessContrastTable(int brightness, int contrast) {
 }
 
 }  // namespace tvrscn::imaging
-
-namespace Gdiplus {
-
-bool CGpEffect::set(const BrightnessContrastParams& parameters) {
-  using tvrscn::imaging::kMaxBrightness;
-  using tvrscn::imaging::kMaxContrast;
-  const int brightness = parameters.brightnessLevel;
-  const int contrast = parameters.contrastLevel;
-  if (brightness < -kMaxBrightness || brightness > kMaxBrightness) return false;
-  if (contrast < -kMaxContrast || contrast > kMaxContrast) return false;
-  parameters_ = parameters;
-  return true;
-}
-
-}  // namespace Gdiplus

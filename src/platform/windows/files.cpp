@@ -1,0 +1,12 @@
+// Paths are what the system takes already.
+#include "platform/files.h"
+
+namespace tvrscn {
+
+const wchar_t kPathSeparator = L'\\';
+
+std::filesystem::path systemPath(const std::wstring& path) {
+  return {path};
+}
+
+}  // namespace tvrscn

@@ -1,0 +1,57 @@
+// Checks of a program that has nothing but the installed package: no test framework. A check that
+// fails is printed and counted; the program goes on.
+#ifndef TVRSCN_TESTS_CONTRACT_DRIVER_CHECK_H
+#define TVRSCN_TESTS_CONTRACT_DRIVER_CHECK_H
+
+#include <string>
+#include <vector>
+
+#include <tvrscn/tvrscn_USBClient.h>
+
+void check(bool holds, const char* condition, const char* file, int line);
+
+#define CHECK(condition) check((condition), #condition, __FILE__, __LINE__)
+
+// True when the action throws this very exception with this text.
+template <typename Exception, typename Action>
+bool throwsWith(const char* text, Action action) {
+  try {
+    action();
+  } catch (const Exception& error) {
+    return std::string(error.what()) == text;
+  }
+  return false;
+}
+
+// A callback record that keeps what it hears.
+struct Listener {
+  std::vector<NotificationType> types;
+  std::string lastText;
+  TVR_FP_CALLBACK record{&Listener::hear, this};
+
+  Listener() = default;
+  Listener(const Listener&) = delete;
+  Listener& operator=(const Listener&) = delete;
+
+  static void hear(ScanNotification* notification, void* context) {
+    auto* self = static_cast<Listener*>(context);
+    self->types.push_back(notification->type);
+    self->lastText = static_cast<const char*>(notification->text);
+  }
+};
+
+using Heard = std::vector<NotificationType>;
+
+// A device that no system has, and settings for a job.
+extern const char* const kAbsentDevice;
+TevraScanUIData smallJob();
+
+// One function a group of classes; each calls every public operation once at least.
+void checkLayout();
+void checkClients(const std::string& folder);
+void checkControllers();
+void checkExceptions();
+void checkSettingsSources();
+void checkSiblings(const std::string& folder);
+
+#endif  // TVRSCN_TESTS_CONTRACT_DRIVER_CHECK_H

@@ -1,0 +1,123 @@
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+#include "check.h"
+
+namespace {
+
+constexpr long kFailed = 1;
+constexpr int kNotFound = 55;
+
+std::string contentOf(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+void checkDump(ScanBaseClient& client, const std::string& folder) {
+  const std::string file = folder + "/dump.txt";
+  const std::wstring wideFile(file.begin(), file.end());  // ASCII, as this program is called
+  client.Dump("a longer text\n", wideFile);
+  CHECK(contentOf(file) == "a longer text\n");
+  client.Dump("short", wideFile);
+  CHECK(contentOf(file) == "short");
+  client.Dump("nowhere", wideFile + L"/missing/file");
+  CHECK(contentOf(file) == "short");
+}
+
+void checkVersion(ScanBaseClient& client) {
+  std::string version = "as it was";
+  short major = 7;
+  short minor = 8;
+  CHECK(client.GetScanInterfaceVersion(version, major, minor) == 0);
+  CHECK(version == "as it was" && major == 7 && minor == 8);
+}
+
+void checkRanges(ScanBaseClient& client) {
+  IPPMinMaxNormalStepData brightness{1, 2, 3, 4};
+  IPPMinMaxNormalStepData contrast{5, 6, 7, 8};
+  client.GetBrightnessContrastValue(brightness, contrast);
+  CHECK(brightness.Min == 1 && brightness.Max == 2 && brightness.Normal == 3);
+  CHECK(brightness.Step == 4 && contrast.Min == 5 && contrast.Step == 8);
+}
+
+void checkBase(const std::string& folder) {
+  ScanBaseClient client;
+  CHECK(!client.m_bClientErrorShown);
+  client.m_scanUIData = smallJob();
+  client.m_bClientErrorShown = true;
+  ScanBaseClient copy(client);
+  CHECK(copy.m_scanUIData.resolution == "75x75" && copy.m_bClientErrorShown);
+  ScanBaseClient assigned;
+  assigned = client;
+  CHECK(assigned.m_scanUIData.pageHeight == 148);
+
+  Listener listener;
+  TevraScanUIData job = smallJob();
+  CHECK(client.Scan(job, &listener.record, L"", nullptr) == kFailed);
+  CHECK(listener.types.empty());
+  client.InitScanConfigInfo("name", kAbsentDevice, L"label");
+  client.InitExceptionStrings(nullptr);
+  client.SetUsingTevraUI(0);
+  checkRanges(client);
+  checkVersion(client);
+  checkDump(client, folder);
+}
+
+void checkNotification() {
+  Listener listener;
+  ScanBaseClient::SendNotification(&listener.record, NOTIFY_IMAGE_READY, TVR_NOTIF_PRIORITY_NORMAL,
+                                   "a text");
+  CHECK(listener.types == Heard{NOTIFY_IMAGE_READY});
+  CHECK(listener.lastText == "a text");
+  ScanBaseClient::SendNotification(&listener.record, NOTIFY_IMAGE_READY, TVR_NOTIF_PRIORITY_NORMAL,
+                                   std::string(5000, 'x'));
+  CHECK(listener.lastText == std::string(1023, 'x'));
+}
+
+void checkJobWithoutDevice(CScanUSBClient& client) {
+  Listener listener;
+  TevraScanUIData job = smallJob();
+  CHECK(client.Scan(job, &listener.record, L"", nullptr) == kFailed);
+  CHECK(listener.types == Heard{NOTIFY_CONN_FAILURE});
+  CHECK(listener.lastText.empty());
+  CHECK(client.Scan(job, nullptr, L"", nullptr) == kFailed);
+  TVR_FP_CALLBACK nobody = {nullptr, nullptr};
+  CHECK(client.Scan(job, &nobody, L"", nullptr) == kFailed);
+  CHECK(!client.m_bClientErrorShown);
+
+  job.brightness = L"abc";
+  CHECK(throwsWith<std::invalid_argument>(
+      "invalid stoi argument", [&] { client.Scan(job, &listener.record, L"", nullptr); }));
+  job.brightness = L"99999999999";
+  CHECK(throwsWith<std::out_of_range>("stoi argument out of range",
+                                      [&] { client.Scan(job, &listener.record, L"", nullptr); }));
+  CHECK(listener.types == Heard{NOTIFY_CONN_FAILURE});
+}
+
+void checkUsb(ControllerType type, const std::string& folder) {
+  CScanUSBClient client(type);
+  client.InitExceptionStrings(nullptr);
+  client.InitExceptionStrings(nullptr);
+  client.SetUsingTevraUI(0);
+  client.InitScanConfigInfo("name", kAbsentDevice, L"label");
+  wchar_t enumerator[] = L"USB";
+  CHECK(client.FindStatusEndPointFromPrinterPort(enumerator, kAbsentDevice, false) == kNotFound);
+  CHECK(client.FindStatusEndPointFromPrinterPort(enumerator, kAbsentDevice, true) == USB_ERR_OPEN);
+  checkRanges(client);
+  checkVersion(client);
+  checkDump(client, folder);
+  checkJobWithoutDevice(client);
+}
+
+}  // namespace
+
+void checkClients(const std::string& folder) {
+  checkBase(folder);
+  checkNotification();
+  checkUsb(CONTROLLER_HP, folder);
+  checkUsb(CONTROLLER_HP_ALT, folder);
+  // Types without a controller: a client can be made and go.
+  for (const int type : {0, 3, 4, 7})
+    CScanUSBClient client(static_cast<ControllerType>(type));
+}

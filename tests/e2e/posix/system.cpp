@@ -1,0 +1,110 @@
+// Dialogs are a program's affair here: a script that writes down what it is to show, and answers.
+#include "tests/e2e/system.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tvrscn::test {
+
+const char* const kTemporaryFolderVariable = "TMPDIR";
+const int kGreyPageComponents = 1;
+
+void setVariable(const std::string& name, const std::string& value) {
+  setenv(name.c_str(), value.c_str(), 1);
+}
+
+void clearVariable(const std::string& name) {
+  unsetenv(name.c_str());
+}
+
+struct ChildProcess::State {
+  pid_t id = -1;  // -1 when it has been waited for
+};
+
+ChildProcess::ChildProcess(const std::vector<std::string>& arguments)
+    : state_(std::make_unique<State>()) {
+  const std::string program = fs::read_symlink("/proc/self/exe").string();
+  std::vector<std::string> words = {program};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  std::vector<char*> pointers;
+  for (std::string& word : words)
+    pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  state_->id = fork();
+  if (state_->id == 0) {
+    execv(program.c_str(), pointers.data());
+    _exit(127);
+  }
+  if (state_->id < 0) throw std::runtime_error("cannot start " + program);
+}
+
+ChildProcess::~ChildProcess() {
+  kill();
+}
+
+bool ChildProcess::isRunning() {
+  if (state_->id < 0) return false;
+  if (waitpid(state_->id, nullptr, WNOHANG) == 0) return true;
+  state_->id = -1;
+  return false;
+}
+
+void ChildProcess::kill() {
+  if (state_->id < 0) return;
+  ::kill(state_->id, SIGKILL);
+  wait();
+}
+
+int ChildProcess::wait() {
+  int status = 0;
+  waitpid(state_->id, &status, 0);
+  state_->id = -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+struct DialogAnswers::State {
+  fs::path records;
+};
+
+DialogAnswers::DialogAnswers(const fs::path& folder) : state_(std::make_unique<State>()) {
+  state_->records = folder / "dialogs";
+  const fs::path program = folder / "answer";
+  std::ofstream(program) << "#!/bin/sh\nprintf '%s|%s|%s\\n' \"$1\" \"$2\" \"$3\" >>"
+                         << state_->records << "\nexit 1\n";
+  fs::permissions(program, fs::perms::owner_all);
+  setVariable("TVRSCN_DIALOG", program.string());
+}
+
+DialogAnswers::~DialogAnswers() {
+  clearVariable("TVRSCN_DIALOG");
+}
+
+std::vector<Dialog> DialogAnswers::seen() const {
+  const auto wide = [](const std::string& text) { return std::wstring(text.begin(), text.end()); };
+  std::vector<Dialog> dialogs;
+  std::ifstream stream(state_->records);
+  for (std::string line; std::getline(stream, line);) {
+    std::istringstream fields(line);
+    std::string title;
+    std::string text;
+    Dialog dialog;
+    unsigned int flags = 0;
+    std::getline(std::getline(fields, title, '|'), text, '|') >> flags;
+    constexpr unsigned int kButtons = 0xF;
+    dialog.flags = flags;
+    dialog.buttons = (flags & kButtons) == 0 ? 1 : 2;
+    dialog.title = wide(title);
+    dialog.text = wide(text);
+    dialogs.push_back(dialog);
+  }
+  return dialogs;
+}
+
+}  // namespace tvrscn::test

@@ -1,0 +1,116 @@
+// One set of jobs on a virtual scanner, for setting the pages of both systems side by side; see
+// compare-pages.sh. The same program is built for both.
+//
+//   page_jobs FOLDER
+//
+// The strips are made with the quality that every system's encoder takes of its own accord: one of
+// them may not let it be chosen, and then the two devices would deliver different pages.
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tests/e2e/system.h"
+#include "tvrscn/scan_client.h"
+#include "virtual/virtual_scanner.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tvrscn::virtual_device;
+
+constexpr int kEveryEncodersQuality = 75;
+
+struct Job {
+  const char* name;
+  const char* colorMode;
+  const char* resolution;
+  const wchar_t* brightness;  // larger is darker
+  const wchar_t* contrast;
+  int sheets;  // 0: flatbed
+};
+
+const Job kJobs[] = {
+    {"color", "FullColor", "300x300", L"0", L"0", 0},
+    {"gray", "Grayscale", "300x300", L"0", L"0", 0},
+    {"bw", "BlackAndWhite", "300x300", L"0", L"0", 0},
+    {"feeder", "FullColor", "100x100", L"0", L"0", 2},
+    {"color-brighter", "FullColor", "150x150", L"-160", L"0", 0},
+    {"color-harder", "FullColor", "150x150", L"80", L"200", 0},
+    {"gray-darker", "Grayscale", "150x150", L"160", L"-120", 0},
+    {"bw-brighter", "BlackAndWhite", "150x150", L"-80", L"0", 0},
+    {"bw-harder", "BlackAndWhite", "150x150", L"-80", L"240", 0},
+};
+
+TevraScanUIData settingsOf(const Job& job) {
+  TevraScanUIData settings;
+  settings.mediaSize = "ISO_A4SEF";
+  settings.pageWidth = 210;
+  settings.pageHeight = 297;
+  settings.sides = "OneSided";
+  settings.resolution = job.resolution;
+  settings.colorMode = job.colorMode;
+  settings.brightness = job.brightness;
+  settings.contrast = job.contrast;
+  settings.backgroundRemoval = L"Off";
+  return settings;
+}
+
+// The pages of a job in the order of their numbers, which go on from job to job.
+std::vector<fs::path> pagesIn(const fs::path& folder) {
+  std::vector<fs::path> pages;
+  for (const auto& entry : fs::directory_iterator(folder))
+    pages.push_back(entry.path());
+  std::sort(pages.begin(), pages.end(), [](const fs::path& left, const fs::path& right) {
+    return std::pair(left.native().size(), left) < std::pair(right.native().size(), right);
+  });
+  return pages;
+}
+
+void run(const Job& job, const fs::path& folder) {
+  HpScannerOptions options;
+  options.jpegQuality = kEveryEncodersQuality;
+  options.feeder = job.sheets != 0;
+  options.sheets = job.sheets;
+  const auto scanner = startHpScanner(options, {});
+  tvrscn::test::setVariable("TVRSCN_DEVICE_PATH", scanner->placement().deviceFolder.string());
+
+  const fs::path pages = folder / "job";
+  fs::create_directories(pages);
+  CScanUSBClient client(CONTROLLER_HP);
+  client.InitExceptionStrings(nullptr);
+  client.SetUsingTevraUI(0);
+  client.InitScanConfigInfo("scanner", "VID_0A7E&PID_1F48&MI_00", L"label");
+  TevraScanUIData settings = settingsOf(job);
+  TVR_FP_CALLBACK callback = {};
+  callback.pfnNotify = [](ScanNotification*, void*) {};
+  if (client.Scan(settings, &callback, pages.wstring(), nullptr) != 0)
+    throw std::runtime_error(std::string("the job failed: ") + job.name);
+
+  int number = 0;
+  for (const fs::path& page : pagesIn(pages))
+    fs::rename(page, folder / (std::string(job.name) + "-" + std::to_string(++number) + ".jpg"));
+  fs::remove(pages);
+  if (number == 0) throw std::runtime_error(std::string("no page came: ") + job.name);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fputs("usage: page_jobs FOLDER\n", stderr);
+    return 2;
+  }
+  try {
+    for (const Job& job : kJobs)
+      run(job, argv[1]);
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "page_jobs: %s\n", error.what());
+    return 1;
+  }
+}
