@@ -1,22 +1,43 @@
 #!/usr/bin/env bash
-# Builds everything and passes all tests: formatting and lint, the native suite, the same suite under
-# AddressSanitizer with UndefinedBehaviorSanitizer, what has threads under ThreadSanitizer, and a minute
-# of fuzzing. Ends with one line, "N passed, N failed". Logs stay in build/logs.
+# Builds everything and passes all tests: formatting and lint, the native suite, the Windows libraries and
+# their tests under Wine, the native suite under AddressSanitizer with UndefinedBehaviorSanitizer, what has
+# threads under ThreadSanitizer, and a minute of fuzzing. Ends with one line, "N passed, N failed". Logs
+# stay in build/logs.
 #
 #   ./test.sh            all of it
-#   ./test.sh linux      only the named stages: lint linux sanitize tsan fuzz
+#   ./test.sh linux      only the named stages: lint linux windows sanitize tsan fuzz
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
+# shellcheck source=scripts/wine-session.sh
+source scripts/wine-session.sh
 
 stages=("$@")
-[ ${#stages[@]} -eq 0 ] && stages=(lint linux sanitize tsan fuzz)
+[ ${#stages[@]} -eq 0 ] && stages=(lint linux windows sanitize tsan fuzz)
 wanted() { [[ " ${stages[*]} " == *" $1 "* ]]; }
 
 passed=0
 failed=0
-logs=build/logs
+logs=$PWD/build/logs
 mkdir -p "$logs"
 say() { printf '== %s  [%ds]\n' "$*" "$SECONDS"; }
+
+scripts/install-packages.sh || exit 1
+
+# The tests make and delete many thousand small files; in memory that costs seconds, on disk minutes.
+if [ -w /dev/shm ]; then
+  TMPDIR=$(mktemp -d /dev/shm/tvrscn-test-XXXXXX)
+  export TMPDIR
+fi
+tidy=
+clean_up() {
+  [ -z "$tidy" ] || kill "$tidy" 2>/dev/null
+  end_wine_session
+  [[ "${TMPDIR:-}" == /dev/shm/* ]] && rm -rf "$TMPDIR"
+}
+trap clean_up EXIT
+
+export LSAN_OPTIONS="suppressions=$PWD/tests/support/lsan.supp:print_suppressions=0"
+export UBSAN_OPTIONS="print_stacktrace=1"
 
 # A check that is one thing: passes or fails as its command does.
 check() {
@@ -31,25 +52,6 @@ check() {
   fi
 }
 
-# A test program: counts its own tests. One that ends without a summary has failed.
-run_program() {
-  local program=$1 log=$2 good bad
-  "$program" --gtest_brief=1 >"$log" 2>&1
-  local status=$?
-  good=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) tests\{0,1\}\.$/\1/p' "$log" | tail -n 1)
-  bad=$(sed -n 's/^\[  FAILED  \] \([0-9]*\) tests\{0,1\}, listed below:$/\1/p' "$log" | tail -n 1)
-  good=${good:-0}
-  bad=${bad:-0}
-  if [ "$status" -ne 0 ] && [ "$bad" -eq 0 ]; then bad=1; fi
-  if [ "$good" -eq 0 ] && [ "$bad" -eq 0 ]; then bad=1; fi
-  passed=$((passed + good))
-  failed=$((failed + bad))
-  if [ "$bad" -ne 0 ]; then
-    echo "FAILED: $program: $bad failed (the whole of it: $log)"
-    grep -vE '^\[( RUN|       OK)' "$log" | tail -n 60
-  fi
-}
-
 # build PRESET TARGET...: all targets without names.
 build() {
   local preset=$1 log="$logs/build-$1.log" target=()
@@ -60,39 +62,48 @@ build() {
   fi
   failed=$((failed + 1))
   echo "FAILED: build of $preset (the whole of it: $log)"
-  grep -E 'error|FAILED|Error' "$log" | head -n 30
+  grep -E '(error|FAILED|Error)[: ]' "$log" | head -n 30
   return 1
 }
 
+# run_programs PRESET RUNNER LANES PROGRAM...: test programs, so many at a time; each counts its own
+# tests, and one that ends without a summary has failed.
 run_programs() {
-  local preset=$1 name
-  shift
-  for name in "$@"; do run_program "build/$preset/tests/$name" "$logs/$preset-$name.log"; done
+  local preset=$1 runner=$2 lanes=$3 name log good bad
+  shift 3
+  printf '%s\n' "$@" | xargs -P "$lanes" -I '{}' sh -c \
+    "timeout 300 $runner build/$preset/tests/{} --gtest_brief=1 >'$logs/$preset-{}.log' 2>&1
+     echo \"exit code \$?\" >>'$logs/$preset-{}.log'"
+  for name in "$@"; do
+    log="$logs/$preset-$name.log"
+    sed -i 's/\r$//' "$log"
+    good=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) tests\{0,1\}\.$/\1/p' "$log" | tail -n 1)
+    bad=$(sed -n 's/^\[  FAILED  \] \([0-9]*\) tests\{0,1\}, listed below:$/\1/p' "$log" | tail -n 1)
+    # In brief, failed tests are not counted out but told one by one.
+    [ -n "$bad" ] || bad=$(grep -cE '^\[  FAILED  \] [^ ]+ \([0-9]+ ms\)|^\[  FAILED  \] .*GetParam' "$log")
+    good=${good:-0}
+    if [ "$bad" -eq 0 ] && { [ "$good" -eq 0 ] || ! grep -qx 'exit code 0' "$log"; }; then bad=1; fi
+    passed=$((passed + good))
+    failed=$((failed + bad))
+    if [ "$bad" -ne 0 ]; then
+      echo "FAILED: $name of $preset: $bad failed (the whole of it: $log)"
+      grep -vE '^\[( RUN|       OK)' "$log" | tail -n 60
+    fi
+  done
 }
 
-export LSAN_OPTIONS="suppressions=$PWD/tests/support/lsan.supp:print_suppressions=0"
-export UBSAN_OPTIONS="print_stacktrace=1"
-
-scripts/install-packages.sh || exit 1
-
-# The tests make and delete many thousand small files; in memory that costs seconds, on disk minutes.
-if [ -w /dev/shm ]; then
-  TMPDIR=$(mktemp -d /dev/shm/tvrscn-test-XXXXXX)
-  export TMPDIR
-  trap 'rm -rf "$TMPDIR"' EXIT
-fi
-
 mapfile -t sources < <(git ls-files -co --exclude-standard -- '*.cpp' '*.h')
-mapfile -t product < <(git ls-files -co --exclude-standard -- 'src/*.cpp' 'virtual/*.cpp' 'tools/*.cpp')
+# The files of the Windows side alone have no place in a native build.
+mapfile -t product < <(git ls-files -co --exclude-standard -- 'src/*.cpp' 'virtual/*.cpp' 'tools/*.cpp' |
+  grep -v /windows/)
 
-if wanted linux || wanted lint; then
+if wanted linux || wanted lint || wanted windows; then
   say "native build"
-  build linux || wanted linux || exit 1
+  build linux || exit 1
 fi
 
 # clang-tidy is the longest of the checks and needs nobody's attention: it fills, at low priority, what
 # the stages leave of the machine, and is waited for at the end.
-tidy=
 if wanted lint; then
   say "lint"
   check "clang-format" clang-format --dry-run -Werror "${sources[@]}"
@@ -105,21 +116,51 @@ fi
 if wanted linux; then
   say "native tests"
   mapfile -t programs <build/linux/tests/programs.txt
-  run_programs linux "${programs[@]}"
+  run_programs linux "" 2 "${programs[@]}"
+  check "contract driver" tests/contract/check-installed-driver.sh linux build/linux
+  check "example driver" tests/contract/check-example-driver.sh linux build/linux
+fi
+
+if wanted windows; then
+  say "Windows build"
+  if build windows; then
+    check "exports of the DLLs" tests/contract/check-windows-exports.sh build/windows
+    say "Windows tests under Wine"
+    if start_wine_session; then
+      mapfile -t programs <build/windows/tests/programs.txt
+      export WINEPATH="$PWD/build/windows"
+      mkdir -p build/windows/test-output
+      TVRSCN_TEST_OUTPUT="Z:${PWD//\//\\}\\build\\windows\\test-output"
+      export TVRSCN_TEST_OUTPUT
+      run_programs windows wine 1 "${programs[@]/%/.exe}"
+      check "contract driver on Windows" tests/contract/check-installed-driver.sh windows build/windows
+      check "example driver on Windows" tests/contract/check-example-driver.sh windows build/windows
+      check "pages of both systems" tests/windows/compare-pages.sh build/linux build/windows \
+        build/windows/test-output/pages
+    else
+      failed=$((failed + 1))
+      echo "FAILED: Wine session"
+    fi
+    end_wine_session
+  fi
 fi
 
 if wanted sanitize; then
-  say "sanitized build and tests"
+  say "sanitized build"
   if build sanitize; then
+    say "sanitized tests"
     mapfile -t programs <build/sanitize/tests/programs.txt
-    run_programs sanitize "${programs[@]}"
+    run_programs sanitize "" 2 "${programs[@]}"
   fi
 fi
 
 if wanted tsan; then
-  say "thread-sanitized build and tests"
+  say "thread-sanitized build"
   threaded=(platform_tests virtual_tests e2e_tests)
-  build tsan "${threaded[@]}" && run_programs tsan "${threaded[@]}"
+  if build tsan "${threaded[@]}"; then
+    say "thread-sanitized tests"
+    run_programs tsan "" 2 "${threaded[@]}"
+  fi
 fi
 
 if wanted fuzz; then
@@ -139,8 +180,9 @@ if [ -n "$tidy" ]; then
   else
     failed=$((failed + 1))
     echo "FAILED: clang-tidy (the whole of it: $logs/clang-tidy.log)"
+    grep -E '(warning|error):' "$logs/clang-tidy.log" | sort -u | head -n 30
   fi
-  grep -E '(warning|error):' "$logs/clang-tidy.log" | sort -u | head -n 30
+  tidy=
 fi
 
 say "done"

@@ -1,10 +1,11 @@
 // The flat imaging calls as the core sees them on Windows, and the jobs on stored pages. Levels and
 // bits are worked out by hand.
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -452,6 +453,16 @@ TEST_F(Imaging, TiffPagesOfBothByteOrdersAreTakenApart) {
     EXPECT_EQ((Bytes{200, 200, 200}), second.colour(0, 0));
     EXPECT_EQ((Bytes{210, 210, 210}), second.colour(1, 0));
   }
+}
+
+TEST_F(Imaging, CutTiffGivesThePagesThatAreThere) {
+  const auto source = folder_.path() / "cut.tif";
+  std::string bytes = TiffFile("II").bytes();
+  bytes.resize(bytes.size() - 60);  // into the second page's directory
+  writeFile(source, bytes);
+  const auto prefix = (folder_.path() / "page").wstring();
+  EXPECT_EQ(1U, wrapper_.ConvertMultiPageTIFF2SinglePageTIFF(source.wstring(), prefix, 0));
+  EXPECT_EQ((Bytes{10, 10, 10}), TestBitmap(folder_.path() / "page0.tif").colour(0, 0));
 }
 
 TEST_F(Imaging, WhatIsNoTiffGivesNoPages) {

@@ -56,8 +56,9 @@ bool PipeEndpoint::hostIsHere() const {
 }
 
 void PipeEndpoint::dropHost() {
+  // A handle that has no partner yet belongs to the next host.
   std::erase_if(channels_, [this](const auto& channel) {
-    return !channel->isListening() && channel->process() == host_;
+    return channel->partner != nullptr && channel->process() == host_;
   });
   host_.reset();
 }
@@ -92,12 +93,24 @@ bool PipeEndpoint::wait(DWORD milliseconds, HANDLE event) {
   }
   const DWORD result = WaitForMultipleObjects(count, events.data(), 0, milliseconds);
   if (result == WAIT_OBJECT_0 || result == WAIT_FAILED) return false;
-  // All that has happened, not just the first: a host that writes without end keeps nobody waiting.
-  for (const auto& channel : channels_) {
-    if (!channel->isSilent() && channel->hasEvent()) channel->onEvent();
-  }
+  noteEvents();
   pairUp();
   return true;
+}
+
+// All that has happened, not just the first: a host that writes without end keeps nobody waiting.
+// Hosts get the channels in their order. When one is found taken, those before it are taken too,
+// though they were not yet when the loop came by; so it runs again until it finds no more.
+void PipeEndpoint::noteEvents() {
+  bool isComplete = false;
+  while (!isComplete) {
+    isComplete = true;
+    for (const auto& channel : channels_) {
+      if (channel->isSilent() || !channel->hasEvent()) continue;
+      if (channel->isListening()) isComplete = false;
+      channel->onEvent();
+    }
+  }
 }
 
 // Two handles that a process opened one after the other belong together.

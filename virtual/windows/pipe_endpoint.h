@@ -48,6 +48,7 @@ class PipeEndpoint {
   bool wait(DWORD milliseconds = INFINITE, HANDLE event = nullptr);
 
  private:
+  void noteEvents();
   void pairUp();
   static bool isUsable(const PipeChannel& channel);
 

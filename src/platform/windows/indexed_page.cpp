@@ -1,6 +1,7 @@
 // Pictures are read as colour, whatever they are, and reduced by the same rule as on every system.
 #include "platform/windows/indexed_page.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 

@@ -6,8 +6,8 @@
 #include <cstddef>
 #include <cwchar>
 #include <memory>
-#include <new>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "platform/imaging.h"

@@ -2,9 +2,9 @@
 // page had where the encoder knows it.
 #include "platform/tevrautil/windows/tiff_pages.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
-#include <vector>
 
 #include "platform/imaging.h"
 #include "platform/tevrautil/windows/page_pixels.h"
@@ -15,6 +15,7 @@ namespace {
 namespace flat = Gdiplus::DllExports;
 
 constexpr UINT kMaxPages = 65535;
+constexpr UINT kMaxBadPages = 8;
 constexpr PROPID kCompressionTag = 0x0103;
 
 constexpr GUID kTiffFormat = {
@@ -52,22 +53,22 @@ ImagePtr openTiff(const std::wstring& source) {
 
 // LZW, which every reader knows, for a compression that the encoder does not.
 ULONG compressionOf(Gdiplus::GpBitmap* page) {
-  constexpr ULONG kElse = Gdiplus::EncoderValueCompressionLZW;
+  constexpr ULONG kFallback = Gdiplus::EncoderValueCompressionLZW;
   UINT size = 0;
-  if (flat::GdipGetPropertyItemSize(page, kCompressionTag, &size) != Gdiplus::Ok) return kElse;
-  if (size < sizeof(Gdiplus::PropertyItem)) return kElse;
+  if (flat::GdipGetPropertyItemSize(page, kCompressionTag, &size) != Gdiplus::Ok) return kFallback;
+  if (size < sizeof(Gdiplus::PropertyItem)) return kFallback;
   // The value follows its record in the same memory.
   const std::unique_ptr<Gdiplus::PropertyItem[]> item(
       new Gdiplus::PropertyItem[size / sizeof(Gdiplus::PropertyItem) + 1]);
   if (flat::GdipGetPropertyItem(page, kCompressionTag, size, item.get()) != Gdiplus::Ok)
-    return kElse;
-  if (item[0].length < 2 || item[0].value == nullptr) return kElse;
+    return kFallback;
+  if (item[0].length < 2 || item[0].value == nullptr) return kFallback;
   const auto* const bytes = static_cast<const BYTE*>(item[0].value);
   const auto tag = static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8U);
   for (const CompressionRow& row : kCompressions) {
     if (row.tag == tag) return row.encoder;
   }
-  return kElse;
+  return kFallback;
 }
 
 bool savePage(Gdiplus::GpBitmap* page, const std::wstring& name, const CLSID& encoder) {
@@ -94,11 +95,17 @@ std::uint32_t splitTiffPages(const std::wstring& source, const std::wstring& pre
   UINT pages = 0;
   if (flat::GdipImageGetFrameCount(image.get(), &kPages, &pages) != Gdiplus::Ok) return 0;
   std::uint32_t written = 0;
-  for (UINT page = 0; page < std::min(pages, kMaxPages); ++page) {
-    if (flat::GdipImageSelectActiveFrame(image.get(), &kPages, page) != Gdiplus::Ok) continue;
+  UINT bad = 0;
+  for (UINT page = 0; page < std::min(pages, kMaxPages) && bad < kMaxBadPages; ++page) {
     const std::uint64_t number = std::uint64_t{firstNumber} + written;
-    if (!savePage(image.get(), prefix + std::to_wstring(number) + L".tif", encoder)) break;
-    ++written;
+    const std::wstring name = prefix + std::to_wstring(number) + L".tif";
+    const bool had = flat::GdipImageSelectActiveFrame(image.get(), &kPages, page) == Gdiplus::Ok &&
+                     savePage(image.get(), name, encoder);
+    if (had) {
+      ++written;
+    } else {
+      ++bad;
+    }
   }
   return written;
 }

@@ -8,9 +8,9 @@
 namespace tvrscn::imaging {
 
 // Writes the pages of source, in order, to prefix + decimal number + ".tif" with consecutive
-// numbers from firstNumber. A page that cannot be had is left out and takes no number; the first
-// page that cannot be written is the end. Returns the number of files written, 0 when source is no
-// TIFF.
+// numbers from firstNumber. A page that cannot be read or written is left out and takes no number,
+// since the system does not tell the two apart; after a few of them that is the end. Returns the
+// number of files written, 0 when source is no TIFF.
 std::uint32_t splitTiffPages(const std::wstring& source, const std::wstring& prefix,
                              std::uint32_t firstNumber);
 

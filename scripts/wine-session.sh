@@ -1,0 +1,52 @@
+# Sourced by scripts that run Windows programs: a Wine of our own for the length of a run.
+#
+#   start_wine_session     a private prefix, prepared once, and a display without a window manager;
+#                          exports WINEPREFIX, WINEDEBUG, WINEDLLOVERRIDES and DISPLAY
+#   end_wine_session       ends all of it and removes the prefix; call it from an EXIT trap
+#
+# Both may be called when there is nothing to do. What the preparation says goes to wineboot.log in the
+# private folder, and is shown when it fails.
+
+wine_private=
+wine_xvfb=
+
+start_wine_session() {
+  [ -z "$wine_private" ] || return 0
+  wine_private=$(mktemp -d "${TMPDIR:-/tmp}/tvrscn-wine-XXXXXX") || return 1
+  export WINEPREFIX="$wine_private/prefix"
+  export WINEDEBUG=-all
+  # Nothing of this machine's desktop, and no offers to download anything.
+  export WINEDLLOVERRIDES="winemenubuilder.exe=d;mscoree=d;mshtml=d"
+
+  # Xvfb chooses a free display and says which.
+  local number
+  mkfifo "$wine_private/display"
+  Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$wine_private/display" \
+    >"$wine_private/xvfb.log" 2>&1 &
+  wine_xvfb=$!
+  if ! read -r -t 30 number <"$wine_private/display"; then
+    echo "no display for Wine:"
+    cat "$wine_private/xvfb.log"
+    return 1
+  fi
+  export DISPLAY=":$number"
+
+  if ! timeout 120 wineboot -i >"$wine_private/wineboot.log" 2>&1; then
+    echo "Wine cannot be prepared:"
+    tail -n 40 "$wine_private/wineboot.log"
+    return 1
+  fi
+  # Without a window manager Wine would wait two seconds for one whenever a window comes or goes.
+  timeout 60 wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f \
+    >>"$wine_private/wineboot.log" 2>&1
+}
+
+end_wine_session() {
+  [ -n "$wine_private" ] || return 0
+  timeout 20 wineserver -k >/dev/null 2>&1
+  timeout 20 wineserver -w >/dev/null 2>&1
+  [ -z "$wine_xvfb" ] || kill "$wine_xvfb" 2>/dev/null
+  rm -rf "$wine_private"
+  wine_private=
+  wine_xvfb=
+}
