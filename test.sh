@@ -128,15 +128,13 @@ if wanted windows; then
     say "Windows tests under Wine"
     if start_wine_session; then
       mapfile -t programs <build/windows/tests/programs.txt
-      export WINEPATH="$PWD/build/windows"
-      mkdir -p build/windows/test-output
-      TVRSCN_TEST_OUTPUT="Z:${PWD//\//\\}\\build\\windows\\test-output"
-      export TVRSCN_TEST_OUTPUT
+      use_windows_build build/windows
       run_programs windows wine 1 "${programs[@]/%/.exe}"
       check "contract driver on Windows" tests/contract/check-installed-driver.sh windows build/windows
       check "example driver on Windows" tests/contract/check-example-driver.sh windows build/windows
+      check "tvrscan on both systems" tests/windows/check-tvrscan.sh build/linux build/windows
       check "pages of both systems" tests/windows/compare-pages.sh build/linux build/windows \
-        build/windows/test-output/pages
+        "$wine_output/pages"
     else
       failed=$((failed + 1))
       echo "FAILED: Wine session"

@@ -1,14 +1,18 @@
+# shellcheck shell=bash
 # Sourced by scripts that run Windows programs: a Wine of our own for the length of a run.
 #
 #   start_wine_session     a private prefix, prepared once, and a display without a window manager;
 #                          exports WINEPREFIX, WINEDEBUG, WINEDLLOVERRIDES and DISPLAY
+#   use_windows_build DIR  makes the libraries of a build folder found, and names in wine_output the
+#                          folder where its tests leave pictures
 #   end_wine_session       ends all of it and removes the prefix; call it from an EXIT trap
 #
-# Both may be called when there is nothing to do. What the preparation says goes to wineboot.log in the
+# The first and the last may be called when there is nothing to do. What the preparation says goes to wineboot.log in the
 # private folder, and is shown when it fails.
 
 wine_private=
 wine_xvfb=
+wine_output=
 
 start_wine_session() {
   [ -z "$wine_private" ] || return 0
@@ -39,6 +43,15 @@ start_wine_session() {
   # Without a window manager Wine would wait two seconds for one whenever a window comes or goes.
   timeout 60 wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f \
     >>"$wine_private/wineboot.log" 2>&1
+}
+
+use_windows_build() {
+  local build
+  build=$(cd "$1" && pwd)
+  export WINEPATH="$build"
+  wine_output="$build/test-output"
+  mkdir -p "$wine_output"
+  export TVRSCN_TEST_OUTPUT="Z:${wine_output//\//\\}"
 }
 
 end_wine_session() {
