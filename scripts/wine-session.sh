@@ -2,7 +2,7 @@
 # Sourced by scripts that run Windows programs: a Wine of our own for the length of a run.
 #
 #   start_wine_session     a private prefix, prepared once, and a display without a window manager;
-#                          exports WINEPREFIX, WINEDEBUG, WINEDLLOVERRIDES and DISPLAY
+#                          exports WINEPREFIX, WINEDEBUG, WINEDLLOVERRIDES, LC_ALL and DISPLAY
 #   use_windows_build DIR  makes the libraries of a build folder found, and names in wine_output the
 #                          folder where its tests leave pictures
 #   end_wine_session       ends all of it and removes the prefix; call it from an EXIT trap
@@ -19,6 +19,8 @@ start_wine_session() {
   wine_private=$(mktemp -d "${TMPDIR:-/tmp}/tvrscn-wine-XXXXXX") || return 1
   export WINEPREFIX="$wine_private/prefix"
   export WINEDEBUG=-all
+  # Names of files have the characters that people give them, whatever this machine is set to.
+  export LC_ALL=C.UTF-8
   # Nothing of this machine's desktop, and no offers to download anything.
   export WINEDLLOVERRIDES="winemenubuilder.exe=d;mscoree=d;mshtml=d"
 
