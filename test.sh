@@ -54,11 +54,12 @@ check() {
 
 # build PRESET TARGET...: all targets without names.
 build() {
-  local preset=$1 log="$logs/build-$1.log" target=()
+  local preset=$1 log="$logs/build-$1.log" target=() options=(-DTVRSCN_BUILD_TESTS=ON)
   shift
+  [ "$preset" = linux ] && options+=(-DTVRSCN_BUILD_BENCHMARKS=ON)
   for name in "$@"; do target+=(--target "$name"); done
-  # demo.sh may have configured without the tests.
-  if { cmake --preset "$preset" -DTVRSCN_BUILD_TESTS=ON && cmake --build --preset "$preset" "${target[@]}"; } >"$log" 2>&1; then
+  # demo.sh may have configured without tests and benchmarks.
+  if { cmake --preset "$preset" "${options[@]}" && cmake --build --preset "$preset" "${target[@]}"; } >"$log" 2>&1; then
     return 0
   fi
   failed=$((failed + 1))
