@@ -1,7 +1,8 @@
-// The brightness and contrast effect. The levels are worked out from the formula by hand.
+// The brightness and contrast effect.
 #include <gtest/gtest.h>
 
 #include "imaging_test_support.h"
+#include "tests/support/effect_cases.h"
 
 namespace tvrscn::test {
 namespace {
@@ -28,28 +29,6 @@ class EffectOwner {
   CGpEffect* effect_ = nullptr;
 };
 
-struct LevelCase {
-  const char* name;
-  INT brightness, contrast;
-  Bytes levels;  // of 0, 60, 127, 128, 200 and 255
-};
-
-// contrast -50: 127.5 + (v - 127.5) / 2; 50: 127.5 + (v - 127.5) * 2
-const LevelCase kLevelCases[] = {
-    {"none", 0, 0, {0, 60, 127, 128, 200, 255}},
-    {"brighter", 50, 0, {50, 110, 177, 178, 250, 255}},
-    {"darker", -50, 0, {0, 10, 77, 78, 150, 205}},
-    {"all white", 255, 0, {255, 255, 255, 255, 255, 255}},
-    {"all black", -255, 0, {0, 0, 0, 0, 0, 0}},
-    {"half contrast", 0, -50, {64, 94, 127, 128, 164, 191}},
-    {"flat grey", 0, -100, {128, 128, 128, 128, 128, 128}},
-    {"double contrast", 0, 50, {0, 0, 127, 129, 255, 255}},
-    {"hard", 0, 100, {0, 0, 0, 255, 255, 255}},
-    {"contrast first", 20, 50, {20, 20, 147, 149, 255, 255}},
-    {"white whatever", 255, 100, {255, 255, 255, 255, 255, 255}},
-    {"black whatever", -255, -100, {0, 0, 0, 0, 0, 0}},
-};
-
 TEST(BrightnessContrast, MapsLevels) {
   for (const LevelCase& row : kLevelCases) {
     SCOPED_TRACE(row.name);
@@ -63,21 +42,6 @@ TEST(BrightnessContrast, MapsLevels) {
     }
   }
 }
-
-struct BitLevelCase {
-  const char* name;
-  INT brightness, contrast;
-  std::uint8_t result;  // of 0xA5
-};
-
-const BitLevelCase kBitLevelCases[] = {
-    {"none", 0, 0, 0xA5},
-    {"not enough", 127, 0, 0xA5},
-    {"black goes white", 128, 0, 0xFF},
-    {"white goes black", -128, 0, 0x00},
-    {"flat grey", 0, -100, 0xFF},
-    {"hard", 0, 100, 0xA5},
-};
 
 TEST(BrightnessContrast, OneBitPageStaysBlackAndWhite) {
   for (const BitLevelCase& row : kBitLevelCases) {

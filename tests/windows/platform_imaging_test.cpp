@@ -14,6 +14,7 @@
 
 #include "platform/imaging.h"
 #include "platform/windows/locked_rows.h"
+#include "tests/support/effect_cases.h"
 #include "tests/support/temporary_folder.h"
 #include "tvrscn/tevrautil/gdi_wrapper.h"
 
@@ -212,24 +213,6 @@ TEST_F(Imaging, NullObjectsAreRefused) {
             gdip::GdipBitmapApplyEffect(nullptr, nullptr, nullptr, 0, nullptr, nullptr));
 }
 
-struct LevelCase {
-  const char* name;
-  INT brightness, contrast;
-  Bytes levels;  // of 0, 60, 127, 128, 200 and 255
-};
-
-// contrast -50: 127.5 + (v - 127.5) / 2; 50: 127.5 + (v - 127.5) * 2
-const LevelCase kLevelCases[] = {
-    {"none", 0, 0, {0, 60, 127, 128, 200, 255}},
-    {"brighter", 50, 0, {50, 110, 177, 178, 250, 255}},
-    {"darker", -50, 0, {0, 10, 77, 78, 150, 205}},
-    {"all white", 255, 0, {255, 255, 255, 255, 255, 255}},
-    {"half contrast", 0, -50, {64, 94, 127, 128, 164, 191}},
-    {"double contrast", 0, 50, {0, 0, 127, 129, 255, 255}},
-    {"hard", 0, 100, {0, 0, 0, 255, 255, 255}},
-    {"contrast first", 20, 50, {20, 20, 147, 149, 255, 255}},
-};
-
 GpStatus applyEffect(const TestBitmap& bitmap, INT brightness, INT contrast) {
   CGpEffect* effect = nullptr;
   gdip::GdipCreateEffect(BrightnessContrastEffectGuid, &effect);
@@ -255,21 +238,6 @@ TEST_F(Imaging, EffectMapsLevels) {
     EXPECT_EQ(row.levels, colour.stored(0, 6));
   }
 }
-
-struct BitLevelCase {
-  const char* name;
-  INT brightness, contrast;
-  std::uint8_t result;  // of 0xA5
-};
-
-const BitLevelCase kBitLevelCases[] = {
-    {"none", 0, 0, 0xA5},
-    {"not enough", 127, 0, 0xA5},
-    {"black goes white", 128, 0, 0xFF},
-    {"white goes black", -128, 0, 0x00},
-    {"flat grey", 0, -100, 0xFF},
-    {"hard", 0, 100, 0xA5},
-};
 
 TEST_F(Imaging, EffectKeepsAOneBitPageBlackAndWhite) {
   for (const BitLevelCase& row : kBitLevelCases) {
