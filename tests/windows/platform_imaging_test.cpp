@@ -1,94 +1,24 @@
 // The flat imaging calls as the core sees them on Windows, and the jobs on stored pages. Levels and
 // bits are worked out by hand.
 #include <algorithm>
-#include <array>
-#include <cstdint>
 #include <filesystem>
 #include <iterator>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/imaging.h"
-#include "platform/windows/locked_rows.h"
 #include "tests/support/effect_cases.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/windows/test_bitmap.h"
 #include "tvrscn/tevrautil/gdi_wrapper.h"
 
 namespace tvrscn::test {
 namespace {
 
 using namespace Gdiplus;
-using Bytes = std::vector<std::uint8_t>;
-using imaging::LockedRows;
-
-class TestBitmap {
- public:
-  TestBitmap(UINT width, UINT height, PixelFormat format) : width_(width), height_(height) {
-    gdip::GdipCreateBitmapFromScan0(static_cast<INT>(width), static_cast<INT>(height), 0, format,
-                                    nullptr, &bitmap_);
-  }
-  explicit TestBitmap(const std::filesystem::path& file) {
-    gdip::GdipCreateBitmapFromFile(file.c_str(), &bitmap_);
-    gdip::GdipGetImageWidth(bitmap_, &width_);
-    gdip::GdipGetImageHeight(bitmap_, &height_);
-  }
-  TestBitmap(const TestBitmap&) = delete;
-  TestBitmap& operator=(const TestBitmap&) = delete;
-  ~TestBitmap() { dispose(); }
-
-  void dispose() {
-    if (bitmap_ != nullptr) gdip::GdipDisposeImage(bitmap_);
-    bitmap_ = nullptr;
-  }
-  GpBitmap* get() const { return bitmap_; }
-  UINT width() const { return width_; }
-  UINT height() const { return height_; }
-  PixelFormat format() const {
-    PixelFormat format = 0;
-    gdip::GdipGetImagePixelFormat(bitmap_, &format);
-    return format;
-  }
-  REAL dpi() const {
-    REAL dpi = 0;
-    gdip::GdipGetImageHorizontalResolution(bitmap_, &dpi);
-    return dpi;
-  }
-
-  // The bytes of one row as they lie in the bitmap.
-  Bytes stored(UINT y, std::size_t count) const {
-    const LockedRows rows(bitmap_, width_, y, 1, format(), LockedRows::For::kReading);
-    if (rows.status() != Ok) return {};
-    return Bytes(rows.row(0), rows.row(0) + count);
-  }
-  // Blue, green and red of one pixel, whatever the format.
-  Bytes colour(UINT x, UINT y) const {
-    const LockedRows rows(bitmap_, width_, y, 1, PixelFormat24bppRGB, LockedRows::For::kReading);
-    if (rows.status() != Ok) return {};
-    return Bytes(rows.row(0) + x * 3, rows.row(0) + x * 3 + 3);
-  }
-  // One row of colours; every pixel three bytes.
-  void setRow(UINT y, const Bytes& bytes) const {
-    const LockedRows rows(bitmap_, width_, y, 1, format(), LockedRows::For::kWriting);
-    ASSERT_EQ(Ok, rows.status());
-    std::copy(bytes.begin(), bytes.end(), rows.row(0));
-  }
-  void fill(BYTE grey) const {
-    const LockedRows rows(bitmap_, width_, 0, height_, PixelFormat24bppRGB,
-                          LockedRows::For::kWriting);
-    ASSERT_EQ(Ok, rows.status());
-    for (UINT y = 0; y < height_; ++y)
-      std::fill_n(rows.row(y), width_ * 3, grey);
-  }
-
- private:
-  GpBitmap* bitmap_ = nullptr;
-  UINT width_ = 0;
-  UINT height_ = 0;
-};
 
 class Canvas {
  public:
@@ -337,108 +267,11 @@ TEST_F(Imaging, PageThatCannotBeReplacedIsReported) {
   EXPECT_EQ(std::vector<std::string>{"page.jpg"}, folder_.fileNames());
 }
 
-// --- TIFF
-
-// A file of two grey pages of 2 by 1 pixels in the byte order of its mark, "II" or "MM".
-class TiffFile {
- public:
-  explicit TiffFile(std::string_view mark) : big_(mark == "MM") {
-    text_ = mark;
-    add16(42);
-    add32(8);
-    addPage({10, 20}, false);
-    addPage({200, 210}, true);
-  }
-  const std::string& bytes() const { return text_; }
-
- private:
-  void add16(unsigned value) {
-    for (int i = 0; i < 2; ++i)
-      text_ += static_cast<char>(value >> 8 * (big_ ? 1 - i : i) & 0xFF);
-  }
-  void add32(unsigned value) {
-    for (int i = 0; i < 4; ++i)
-      text_ += static_cast<char>(value >> 8 * (big_ ? 3 - i : i) & 0xFF);
-  }
-  void addShort(unsigned tag, unsigned value) {
-    add16(tag);
-    add16(3);
-    add32(1);
-    add16(value);
-    add16(0);
-  }
-  void addLong(unsigned tag, unsigned type, unsigned value) {
-    add16(tag);
-    add16(type);
-    add32(1);
-    add32(value);
-  }
-
-  void addPage(const std::array<std::uint8_t, 2>& pixels, bool last) {
-    const auto start = static_cast<unsigned>(text_.size());
-    constexpr unsigned kEntries = 12;
-    const unsigned behind = start + 2 + kEntries * 12 + 4;  // resolution, then pixels
-    add16(kEntries);
-    addShort(256, 2);  // width
-    addShort(257, 1);  // length
-    addShort(258, 8);  // bits per sample
-    addShort(259, 1);  // compression
-    addShort(262, 1);  // black is zero
-    addLong(273, 4, behind + 8);
-    addShort(277, 1);  // samples per pixel
-    addShort(278, 1);  // rows per strip
-    addLong(279, 4, 2);
-    addLong(282, 5, behind);
-    addLong(283, 5, behind);
-    addShort(296, 2);  // inches
-    add32(last ? 0 : behind + 10);
-    add32(300);
-    add32(1);
-    text_ += static_cast<char>(pixels[0]);
-    text_ += static_cast<char>(pixels[1]);
-  }
-
-  bool big_;
-  std::string text_;
-};
-
-TEST_F(Imaging, TiffPagesOfBothByteOrdersAreTakenApart) {
-  for (const char* const mark : {"II", "MM"}) {
-    SCOPED_TRACE(mark);
-    const TemporaryFolder folder;
-    const auto source = folder.path() / "two.tif";
-    writeFile(source, TiffFile(mark).bytes());
-    const auto prefix = (folder.path() / "page").wstring();
-    EXPECT_EQ(2U, wrapper_.ConvertMultiPageTIFF2SinglePageTIFF(source.wstring(), prefix, 7));
-    ASSERT_EQ((std::vector<std::string>{"page7.tif", "page8.tif", "two.tif"}), folder.fileNames());
-    const TestBitmap first(folder.path() / "page7.tif");
-    EXPECT_EQ(2U, first.width());
-    EXPECT_EQ(1U, first.height());
-    EXPECT_EQ(300.0F, first.dpi());
-    EXPECT_EQ((Bytes{10, 10, 10}), first.colour(0, 0));
-    EXPECT_EQ((Bytes{20, 20, 20}), first.colour(1, 0));
-    const TestBitmap second(folder.path() / "page8.tif");
-    EXPECT_EQ((Bytes{200, 200, 200}), second.colour(0, 0));
-    EXPECT_EQ((Bytes{210, 210, 210}), second.colour(1, 0));
-  }
-}
-
-TEST_F(Imaging, CutTiffGivesThePagesThatAreThere) {
-  const auto source = folder_.path() / "cut.tif";
-  std::string bytes = TiffFile("II").bytes();
-  bytes.resize(bytes.size() - 60);  // into the second page's directory
-  writeFile(source, bytes);
-  const auto prefix = (folder_.path() / "page").wstring();
-  EXPECT_EQ(1U, wrapper_.ConvertMultiPageTIFF2SinglePageTIFF(source.wstring(), prefix, 0));
-  EXPECT_EQ((Bytes{10, 10, 10}), TestBitmap(folder_.path() / "page0.tif").colour(0, 0));
-}
-
-TEST_F(Imaging, WhatIsNoTiffGivesNoPages) {
+TEST_F(Imaging, JpegFileIsNoTiff) {
   const TestBitmap grey(16, 16, PixelFormat24bppRGB);
   const auto jpeg = save(grey, "page.jpg").wstring();
   const auto prefix = (folder_.path() / "out").wstring();
   EXPECT_EQ(0U, wrapper_.ConvertMultiPageTIFF2SinglePageTIFF(jpeg, prefix, 0));
-  EXPECT_EQ(0U, wrapper_.ConvertMultiPageTIFF2SinglePageTIFF(prefix, prefix, 0));
   EXPECT_EQ(std::vector<std::string>{"page.jpg"}, folder_.fileNames());
 }
 

@@ -36,9 +36,11 @@ class TVRSCN_UTIL_API GdiWrapper {
   void BrightnessContrastApplyEffect(std::wstring path, int brightness, int contrast);
 
   // Writes page k (from 0) of the TIFF file `source` as a single-page TIFF to prefix + decimal
-  // (firstNumber + k) + ".tif", keeping resolution, size and, where the system's encoder has it,
-  // compression. Returns the number of pages written, 0 when source is no TIFF; a damaged file
-  // gives the pages that could be had.
+  // (firstNumber + k) + ".tif", over a file of that name; never over `source` itself. The coded
+  // data are carried over as they are, so that size, depth, colours, resolution, compression and
+  // byte order stay. Returns the number of pages written, 0 when source is no TIFF. A page of which
+  // a part is missing is left out and takes no number; the first page that cannot be written is the
+  // end.
   std::uint32_t ConvertMultiPageTIFF2SinglePageTIFF(std::wstring source, std::wstring prefix,
                                                     std::uint32_t firstNumber);
 

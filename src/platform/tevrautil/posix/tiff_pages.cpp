@@ -6,7 +6,9 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <type_traits>
 #include <vector>
 
@@ -17,11 +19,14 @@ namespace {
 
 constexpr std::uint32_t kMaxSide = 65535;
 constexpr std::uint32_t kMaxPieces = 65535;
+constexpr std::uint16_t kMaxSamples = 64;
 constexpr std::uint32_t kMaxPages = 65535;
 constexpr int kMaxBadDirectories = 8;
-constexpr tmsize_t kMaxAllocation = 256L << 20;
-// A file whose pages share their data could ask for far more output than it has bytes.
-constexpr std::uint64_t kMaxOutputPerByte = 4;
+constexpr tmsize_t kSmallAllocation = 1L << 20;
+// A file whose pages share their bytes could ask for far more work than it has bytes.
+constexpr std::uint64_t kMaxBytesPerByte = 4;
+constexpr std::uint64_t kHeaderSize = 8;
+constexpr std::uint64_t kDirectoryEntrySize = 12;
 
 enum class PageResult { kWritten, kDamaged, kCannotWrite };
 
@@ -30,17 +35,36 @@ struct CloseTiff {
 };
 using TiffFile = std::unique_ptr<TIFF, CloseTiff>;
 
+class Budget {
+ public:
+  explicit Budget(std::uint64_t fileSize)
+      : fileSize_(fileSize), left_(fileSize * kMaxBytesPerByte) {}
+  tmsize_t largestAllocation() const {
+    return static_cast<tmsize_t>(fileSize_ * kMaxBytesPerByte) + kSmallAllocation;
+  }
+  // False for what cannot stand in the file, or is too much by now.
+  bool spend(std::uint64_t bytes) {
+    if (bytes > fileSize_ || bytes > left_) return false;
+    left_ -= bytes;
+    return true;
+  }
+
+ private:
+  std::uint64_t fileSize_;
+  std::uint64_t left_;
+};
+
 int keepSilent(TIFF* /*file*/, void* /*context*/, const char* /*module*/, const char* /*format*/,
                va_list /*arguments*/) {
   return 1;  // handled: the process-wide handlers, which print, are left out
 }
 
-TiffFile openTiff(const std::string& name, const char* mode) {
+TiffFile openTiff(const std::string& name, const char* mode, const Budget& budget) {
   TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
   if (options == nullptr) return nullptr;
   TIFFOpenOptionsSetErrorHandlerExtR(options, keepSilent, nullptr);
   TIFFOpenOptionsSetWarningHandlerExtR(options, keepSilent, nullptr);
-  TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMaxAllocation);
+  TIFFOpenOptionsSetMaxSingleMemAlloc(options, budget.largestAllocation());
   TiffFile file(TIFFOpenExt(name.c_str(), mode, options));
   TIFFOpenOptionsFree(options);
   return file;
@@ -132,6 +156,9 @@ bool readLayout(TIFF* in, Layout& layout) {
   if (TIFFGetField(in, TIFFTAG_IMAGELENGTH, &layout.height) != 1) return false;
   if (layout.width == 0 || layout.width > kMaxSide) return false;
   if (layout.height == 0 || layout.height > kMaxSide) return false;
+  std::uint16_t samples = 0;
+  TIFFGetFieldDefaulted(in, TIFFTAG_SAMPLESPERPIXEL, &samples);
+  if (samples > kMaxSamples) return false;
   TIFFGetFieldDefaulted(in, TIFFTAG_COMPRESSION, &layout.compression);
   // The old form of JPEG in TIFF points at places in the file that a copy would not have.
   if (layout.compression == COMPRESSION_OJPEG) return false;
@@ -164,12 +191,13 @@ void copyTags(TIFF* in, TIFF* out, const Layout& layout) {
   copyCodecTags(in, out, layout.compression);
 }
 
-PageResult copyPieces(TIFF* in, TIFF* out, const Layout& layout, std::uint64_t& budget) {
+PageResult copyPieces(TIFF* in, TIFF* out, const Layout& layout, Budget& budget) {
   std::vector<unsigned char> piece;
   for (std::uint32_t i = 0; i < layout.pieces; ++i) {
     const std::uint64_t length = TIFFGetStrileByteCount(in, i);
-    if (length == 0 || length > budget) return PageResult::kDamaged;
-    budget -= length;
+    // Places inside the header stand for strips that the directory does not name.
+    if (TIFFGetStrileOffset(in, i) < kHeaderSize || length == 0 || !budget.spend(length))
+      return PageResult::kDamaged;
     piece.resize(length);
     const auto size = static_cast<tmsize_t>(length);
     const tmsize_t got = layout.tiled ? TIFFReadRawTile(in, i, piece.data(), size)
@@ -182,11 +210,13 @@ PageResult copyPieces(TIFF* in, TIFF* out, const Layout& layout, std::uint64_t& 
   return PageResult::kWritten;
 }
 
-PageResult copyPage(TIFF* in, const std::string& name, std::uint64_t& budget) {
+PageResult copyPage(TIFF* in, const std::string& name, Budget& budget) {
   Layout layout;
   if (!readLayout(in, layout)) return PageResult::kDamaged;
   PageResult result = PageResult::kCannotWrite;
-  TiffFile out = openTiff(name, TIFFIsBigEndian(in) != 0 ? "wb" : "wl");
+  std::error_code error;
+  if (std::filesystem::equivalent(TIFFFileName(in), name, error)) return result;
+  TiffFile out = openTiff(name, TIFFIsBigEndian(in) != 0 ? "wb" : "wl", budget);
   if (!out) return result;
   copyTags(in, out.get(), layout);
   result = copyPieces(in, out.get(), layout, budget);
@@ -197,21 +227,35 @@ PageResult copyPage(TIFF* in, const std::string& name, std::uint64_t& budget) {
   return result;
 }
 
+std::uint64_t directorySize(TIFF* in) {
+  const thandle_t file = TIFFClientdata(in);
+  std::uint8_t count[2] = {};
+  TIFFGetSeekProc(in)(file, TIFFCurrentDirOffset(in), SEEK_SET);
+  TIFFGetReadProc(in)(file, count, sizeof count);
+  const bool big = TIFFIsBigEndian(in) != 0;
+  const std::uint64_t entries = count[big ? 0 : 1] * std::uint64_t{256} + count[big ? 1 : 0];
+  return entries * kDirectoryEntrySize;
+}
+
 }  // namespace
 
 std::uint32_t splitTiffPages(const std::string& source, const std::string& prefix,
                              std::uint32_t firstNumber) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(source, error);
+  if (error) return 0;
+  Budget budget(size);
   // h: only the header is read now, so that a damaged first page does not hide the others; m: the
   // file is not mapped, since it may shrink while it is read.
-  const TiffFile in = openTiff(source, "rhm");
+  const TiffFile in = openTiff(source, "rhm", budget);
   if (!in) return 0;
-  std::uint64_t budget = TIFFGetSizeProc(in.get())(TIFFClientdata(in.get())) * kMaxOutputPerByte;
   std::uint32_t written = 0;
   int badDirectories = 0;
   for (std::uint32_t page = 0; page < kMaxPages && badDirectories < kMaxBadDirectories; ++page) {
     if (TIFFReadDirectory(in.get()) != 1) {
       ++badDirectories;
     } else {
+      if (!budget.spend(directorySize(in.get()))) break;
       const std::uint64_t number = std::uint64_t{firstNumber} + written;
       const PageResult result =
           copyPage(in.get(), prefix + std::to_string(number) + ".tif", budget);
