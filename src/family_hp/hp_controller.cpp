@@ -4,17 +4,13 @@
 
 #include "family_hp/hp_scan_job.h"
 #include "tvrscn/scan_client.h"
+#include "usb/callback_record.h"
 #include "usb/log_writer.h"
 
 namespace {
 
 constexpr long kScanDone = 0;
 constexpr long kScanFailed = 1;
-
-// A record that neither says where to call nor for whom is a mistake of the caller.
-bool isEmptyRecord(const TVR_FP_CALLBACK* callback) {
-  return callback != nullptr && callback->pfnNotify == nullptr && callback->pContext == nullptr;
-}
 
 }  // namespace
 
@@ -32,7 +28,7 @@ long USB_HP_Controller::doScan(TevraScanUIData& settings, TVR_FP_CALLBACK* callb
   m_imageFolderPath = imageFolder;
   m_scanDataSource = std::make_shared<CHPUSBScanDataSource>();
   m_scanDataSource->setAppDataToScanCommand(settings);
-  if (isEmptyRecord(callback)) {
+  if (tvrscn::isEmptyRecord(callback)) {
     tvrscn::writeLog(
         L"Error from ScanviaUSBThreaded....Callback is not valid. Bailing out of scan....");
     return kScanFailed;
