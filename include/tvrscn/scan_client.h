@@ -2,7 +2,8 @@
 //
 // Calling order: constructor, InitExceptionStrings, SetUsingTevraUI if dialogs are not wanted,
 // InitScanConfigInfo, optionally GetBrightnessContrastValue, Scan as often as wanted, destructor.
-// One client serves one job at a time, on the caller's thread, without locks.
+// One client serves one job at a time, on the caller's thread, without locks; a LowEnd job runs on
+// behind the return of Scan, on a thread of its own (see USB_LowEnd_Controller).
 #ifndef TVRSCN_SCAN_CLIENT_H
 #define TVRSCN_SCAN_CLIENT_H
 
@@ -23,7 +24,7 @@ enum ControllerType {
   CONTROLLER_QZ = 1,  // not served by this version
   CONTROLLER_HP = 2,
   CONTROLLER_HP_ALT = 5,  // the same controller as CONTROLLER_HP
-  CONTROLLER_LOWEND = 6,  // not served by this version
+  CONTROLLER_LOWEND = 6,
 };
 
 // Transport-neutral base that a driver can hold. Its own operations touch no device.
@@ -36,6 +37,7 @@ class TVRSCN_API ScanBaseClient {
 
   // Runs one job: 0 for success, 1 for failure. Pages arrive as files in outputFolder and are told
   // by callback, which may be null to silence it; a record with two null fields is refused with 1.
+  // For a LowEnd device 0 says that the job was started: its pages and its end are told later.
   // deviceCallback is never called. The base class returns 1 and does nothing.
   virtual long Scan(TevraScanUIData& settings, TVR_FP_CALLBACK* callback,
                     const std::wstring& outputFolder, TVR_FP_DEVCOMM_CALLBACK* deviceCallback);

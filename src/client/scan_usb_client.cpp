@@ -1,9 +1,9 @@
 // The USB client: the choice of the controller, and forwards to it.
-#include <cstdio>
-#include <cstdlib>
 #include <new>
 
+#include "client/fatal_fault.h"
 #include "tvrscn/hp_controller.h"
+#include "tvrscn/lowend_controller.h"
 #include "tvrscn/scan_client.h"
 
 namespace {
@@ -13,8 +13,9 @@ BaseUSBController* makeController(ControllerType type) {
     case CONTROLLER_HP:
     case CONTROLLER_HP_ALT:
       return new (std::nothrow) USB_HP_Controller();
-    case CONTROLLER_QZ:
     case CONTROLLER_LOWEND:
+      return new (std::nothrow) USB_LowEnd_Controller();
+    case CONTROLLER_QZ:
       break;
   }
   return nullptr;
@@ -24,11 +25,8 @@ BaseUSBController* makeController(ControllerType type) {
 // mistake of the caller that ends the process, here and in a defined state.
 BaseUSBController& require(BaseUSBController* controller) {
   if (controller == nullptr) {
-    std::fputs(
-        "tvrscn_USBClient: this client's ControllerType is not served; construct "
-        "CScanUSBClient with a served one\n",
-        stderr);
-    std::abort();
+    tvrscn::endAtFault(
+        "this client's ControllerType is not served; construct CScanUSBClient with a served one");
   }
   return *controller;
 }

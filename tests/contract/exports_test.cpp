@@ -129,7 +129,8 @@ unsigned long exportedSize(const std::string& library, const std::string& symbol
 // Of a class whose destructor is its only virtual function, the table holds two words of
 // bookkeeping and the two forms of the destructor.
 TEST(ExportedTables, SettingsSourcesHaveOnlyTheirDestructor) {
-  for (const char* table : {"_ZTV18CUSBScanDataSource", "_ZTV20CHPUSBScanDataSource"}) {
+  for (const char* table : {"_ZTV18CUSBScanDataSource", "_ZTV20CHPUSBScanDataSource",
+                            "_ZTV24CLowEndUSBScanDataSource"}) {
     EXPECT_EQ(exportedSize(TVRSCN_USBCLIENT_FILE, table), 4 * sizeof(void*)) << table;
   }
 }

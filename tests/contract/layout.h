@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -41,7 +42,7 @@ static_assert(offsetof(SP_DEVINFO_DATA, ClassGuid) == 4);
 static_assert(offsetof(SP_DEVINFO_DATA, DevInst) == 20);
 static_assert(offsetof(SP_DEVINFO_DATA, Reserved) == 24);
 
-// Records of the HP wire.
+// Records of the wire.
 
 struct Field {
   const char* record;
@@ -88,6 +89,13 @@ inline const Field kFields[] = {
     FIELD(HPPKUSBReadResponse, blockSize, 4, 4),
     FIELD(HPPKUSBReadResponse, verticalSize, 8, 2),
     FIELD(HPPKUSBReadResponse, horizontalSize, 10, 2),
+    FIELD(LowEnd_USB_Response, escapeByte, 0, 1),
+    FIELD(LowEnd_USB_Response, leadByte, 1, 1),
+    FIELD(LowEnd_USB_Response, operationCode, 2, 1),
+    FIELD(LowEnd_USB_Response, reservedByte, 3, 1),
+    FIELD(LowEnd_USB_Response, payloadLength, 4, 4),
+    FIELD(LowEnd_USB_Response, statusByte, 8, 1),
+    FIELD(LowEnd_USB_Response, reservedByte2, 9, 1),
 };
 
 #undef FIELD
@@ -103,6 +111,17 @@ static_assert(sizeof(HPPKUSBExtendedInquiryResponse) == 260);
 static_assert(sizeof(HPPKUSBExtendedSetWindowParameterResponse) == 260);
 static_assert(alignof(HPPKUSBReadResponse) == 1);
 static_assert(std::is_trivially_copyable_v<HPPKUSBReadResponse>);
+static_assert(sizeof(LowEnd_USB_Response) == 10);
+static_assert(alignof(LowEnd_USB_Response) == 1);
+static_assert(std::is_trivially_copyable_v<LowEnd_USB_Response>);
+
+// What the LowEnd controller keeps of a job.
+
+static_assert(sizeof(LowEndImageThreadArgs) == 3 * sizeof(void*));
+static_assert(offsetof(LowEndImageThreadArgs, controller) == 0);
+static_assert(offsetof(LowEndImageThreadArgs, callback) == sizeof(void*));
+static_assert(offsetof(LowEndImageThreadArgs, unused) == 2 * sizeof(void*));
+static_assert(sizeof(ScannedRecord) == sizeof(std::string) + sizeof(std::size_t));
 
 // Virtual functions.
 
@@ -147,6 +166,8 @@ inline std::vector<Slot> virtualSlots() {
       SLOT(BaseUSBController::GetUSBBrightnessContrastValue, 3),
       SLOT(USB_HP_Controller::doScan, 2),
       SLOT(USB_HP_Controller::GetUSBBrightnessContrastValue, 3),
+      SLOT(USB_LowEnd_Controller::doScan, 2),
+      SLOT(USB_LowEnd_Controller::GetUSBBrightnessContrastValue, 3),
       SLOT(USBException::what, 2),
   };
 }
@@ -158,14 +179,19 @@ static_assert(std::has_virtual_destructor_v<BaseUSBController>);
 static_assert(std::has_virtual_destructor_v<USBException>);
 static_assert(std::has_virtual_destructor_v<CUSBScanDataSource>);
 static_assert(std::has_virtual_destructor_v<CHPUSBScanDataSource>);
+static_assert(std::has_virtual_destructor_v<CLowEndUSBScanDataSource>);
 static_assert(std::has_virtual_destructor_v<XMutex>);
 static_assert(!std::is_polymorphic_v<TevraScanUIData>);
 static_assert(!std::is_polymorphic_v<CErrorCodeDictionary>);
 
 static_assert(std::is_base_of_v<ScanBaseClient, CScanUSBClient>);
 static_assert(std::is_base_of_v<BaseUSBController, USB_HP_Controller>);
+static_assert(std::is_base_of_v<BaseUSBController, USB_LowEnd_Controller>);
 static_assert(std::is_base_of_v<CUSBScanDataSource, CHPUSBScanDataSource>);
+static_assert(std::is_base_of_v<CUSBScanDataSource, CLowEndUSBScanDataSource>);
 static_assert(sizeof(CHPUSBScanDataSource) == sizeof(CUSBScanDataSource), "adds no data");
+static_assert(sizeof(CLowEndUSBScanDataSource) == sizeof(CUSBScanDataSource) + sizeof(std::string),
+              "adds one text");
 static_assert(sizeof(CScanUSBClient) == sizeof(ScanBaseClient) + sizeof(void*), "adds one pointer");
 static_assert(std::is_same_v<decltype(ScanBaseClient::m_scanUIData), TevraScanUIData>);
 static_assert(sizeof(USBException) == sizeof(std::exception), "adds no field");

@@ -27,6 +27,22 @@ TEST(WireLayout, BigEndianFieldsReadAndWriteHighByteFirst) {
   EXPECT_EQ((BigEndian16{{0x80, 0x01}}.value()), 0x8001U);
 }
 
+TEST(WireLayout, LittleEndianFieldsReadAndWriteLowByteFirst) {
+  LittleEndian32 four{};
+  four.set(0x01020304U);
+  EXPECT_EQ(std::memcmp(four.bytes, "\x04\x03\x02\x01", 4), 0);
+  EXPECT_EQ((LittleEndian32{{0x01, 0x00, 0xFE, 0xFF}}.value()), 0xFFFE0001U);
+}
+
+TEST(WireLayout, LowEndRequestWithoutPayload) {
+  LowEnd_USB_Response request;
+  request.operationCode = LowEndOpDeviceStatus;
+  EXPECT_EQ(std::memcmp(&request, "\x1B\x4E\x04\0\0\0\0\0\x80\0", sizeof request), 0);
+  request.operationCode = LowEndOpStartScan;
+  request.payloadLength.set(300);
+  EXPECT_EQ(std::memcmp(&request, "\x1B\x4E\x01\0\x2C\x01\0\0\x80\0", sizeof request), 0);
+}
+
 TEST(Values, StatusCodes) {
   const struct {
     USBStatusErrors status;
@@ -86,6 +102,15 @@ TEST(Values, HPDeviceCodes) {
   EXPECT_EQ(HPPKUSB_BLOCK_END, 0x81);
   EXPECT_EQ(sizeof(HPPKUSBStatusCode), 1U);
   EXPECT_EQ(sizeof(HPPKUSBMessageData), 2U);
+}
+
+TEST(Values, LowEndOperationCodes) {
+  EXPECT_EQ(LowEndOpStartScan, 1);
+  EXPECT_EQ(LowEndOpImageData, 2);
+  EXPECT_EQ(LowEndOpSupportedFeatures, 3);
+  EXPECT_EQ(LowEndOpDeviceStatus, 4);
+  EXPECT_EQ(LowEndOpAbortScan, 15);
+  EXPECT_EQ(sizeof(LowEndUSBOperationCode), 1U);
 }
 
 TEST(VirtualFunctions, StandInTheSlotsThatDriversCall) {

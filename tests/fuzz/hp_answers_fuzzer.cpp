@@ -15,7 +15,6 @@
 #include <string>
 
 #include "platform/device_file.h"
-#include "platform/threads.h"
 #include "tvrscn/hp_controller.h"
 #include "tvrscn/scan_client.h"
 
@@ -95,27 +94,9 @@ std::wstring outputFolder() {
 
 }  // namespace
 
-HANDLE CreateFileW(const wchar_t*, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD, DWORD, HANDLE) {
-  return INVALID_HANDLE_VALUE;
-}
 BOOL ReadFile(HANDLE, void* buffer, DWORD size, DWORD* read, OVERLAPPED*) {
   return device.read(static_cast<std::uint8_t*>(buffer), size, *read);
 }
-BOOL WriteFile(HANDLE, const void*, DWORD size, DWORD* written, OVERLAPPED*) {
-  *written = size;
-  return 1;
-}
-BOOL FlushFileBuffers(HANDLE) {
-  return 1;
-}
-BOOL CloseHandle(HANDLE) {
-  return 1;
-}
-DWORD GetLastError() {
-  return ERROR_GEN_FAILURE;
-}
-void SetLastError(DWORD) {}
-void Sleep(DWORD) {}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const std::wstring folder = outputFolder();

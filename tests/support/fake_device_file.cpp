@@ -81,7 +81,7 @@ BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* read, OVERLAPPED* ov
   const std::size_t length =
       std::min({result.bytes.size(), std::size_t{size}, outcome.shortTo.value_or(size)});
   if (length > 0) std::memcpy(buffer, result.bytes.data(), length);
-  if (read != nullptr) *read = static_cast<DWORD>(length);
+  if (read != nullptr) *read = outcome.claimed.value_or(static_cast<DWORD>(length));
   if (!result.ok) platform.lastError = result.error;
   platform.countEmptyRead(length == 0);
   return result.ok ? 1 : 0;

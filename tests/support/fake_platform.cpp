@@ -119,6 +119,10 @@ void FakePlatform::shortRead(int k, std::size_t length) {
   rules_.push_back({"ReadFile", k, {false, 0, length}, {}});
 }
 
+void FakePlatform::claimRead(int k, DWORD count) {
+  rules_.push_back({"ReadFile", k, {false, 0, {}, count}, {}});
+}
+
 void FakePlatform::onCall(const std::string& function, int k, std::function<void()> hook) {
   rules_.push_back({function, k, {}, std::move(hook)});
 }
@@ -142,7 +146,7 @@ void FakePlatform::apply(Rule& rule, const std::string& function, Outcome& outco
     rule.spent = true;
   }
   if (rule.hook) rule.hook();
-  if (rule.outcome.fail || rule.outcome.shortTo) outcome = rule.outcome;
+  if (rule.outcome.fail || rule.outcome.shortTo || rule.outcome.claimed) outcome = rule.outcome;
 }
 
 FakePlatform::Outcome FakePlatform::call(const std::string& function) {

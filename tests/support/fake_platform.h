@@ -122,6 +122,8 @@ class FakePlatform {
   void shortDeviceCall(int k, std::size_t length);
   // The k-th ReadFile brings only `length` of what the device gave; the rest is lost.
   void shortRead(int k, std::size_t length);
+  // The k-th ReadFile brings what the device gave and says that it were `count` bytes.
+  void claimRead(int k, DWORD count);
   // Runs `hook` when the k-th call of a function comes; it may throw.
   void onCall(const std::string& function, int k, std::function<void()> hook);
 
@@ -158,6 +160,8 @@ class FakePlatform {
   std::function<std::optional<Strip>(const Bytes& content)> decode;
   // Contents of the files that were decoded, in order.
   std::vector<Bytes> decoded;
+  // Contents of the pages that every multi-page TIFF turns out to hold; none: it is no such file.
+  std::vector<std::string> tiffPages;
   // Threads that were asked for and not run.
   std::vector<std::function<unsigned()>> threads;
 
@@ -175,6 +179,7 @@ class FakePlatform {
     bool fail = false;
     DWORD error = 0;
     std::optional<std::size_t> shortTo;
+    std::optional<DWORD> claimed = {};
   };
   // Counts one call and says what is to become of it.
   Outcome call(const std::string& function);

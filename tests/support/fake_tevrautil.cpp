@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tests/support/fake_platform.h"
+#include "tests/support/temporary_folder.h"
 #include "tvrscn/tevrautil/gdi_wrapper.h"
 #include "tvrscn/tevrautil/named_mutex.h"
 #include "tvrscn/tevrautil/tevra_logger.h"
@@ -93,5 +94,12 @@ std::uint32_t GdiWrapper::ConvertMultiPageTIFF2SinglePageTIFF(std::wstring sourc
   FakePlatform& platform = FakePlatform::current();
   platform.record(Kind::kImaging, "ConvertMultiPageTIFF2SinglePageTIFF " + utf8(source) + " " +
                                       utf8(prefix) + " " + std::to_string(firstNumber));
-  return platform.call("ConvertMultiPageTIFF2SinglePageTIFF").fail ? 0 : 1;
+  if (platform.call("ConvertMultiPageTIFF2SinglePageTIFF").fail) return 0;
+  std::uint32_t pages = 0;
+  for (const std::string& page : platform.tiffPages) {
+    const std::wstring name = prefix + std::to_wstring(firstNumber + pages) + L".tif";
+    tvrscn::test::writeFile(tvrscn::test::toPath(name), page);
+    ++pages;
+  }
+  return pages;
 }

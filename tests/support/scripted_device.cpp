@@ -8,7 +8,11 @@
 namespace tvrscn::test {
 
 ScriptedDevice& ScriptedDevice::expect(std::string_view hexBytes) {
-  steps_.push_back({Kind::kExpect, bytes(hexBytes)});
+  return expect(bytes(hexBytes));
+}
+
+ScriptedDevice& ScriptedDevice::expect(Bytes data) {
+  steps_.push_back({Kind::kExpect, std::move(data)});
   return *this;
 }
 

@@ -20,6 +20,7 @@ class ScriptedDevice : public FakeDevice {
  public:
   // The host's next write has to be these bytes.
   ScriptedDevice& expect(std::string_view hexBytes);
+  ScriptedDevice& expect(Bytes data);
   // The host's next write has to be these bytes, and fails.
   ScriptedDevice& expectAndFail(std::string_view hexBytes);
   // One transfer of the device. Reads take it in pieces as they ask; none spans two transfers. An

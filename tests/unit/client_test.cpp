@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/lowend_test.h"
 #include "tests/support/platform_test.h"
 #include "tests/support/temporary_folder.h"
 #include "tvrscn/scan_client.h"
@@ -16,6 +17,7 @@ namespace {
 using tvrscn::test::HPDialogue;
 using tvrscn::test::Kind;
 using tvrscn::test::Lines;
+using tvrscn::test::LowEndDialogue;
 using tvrscn::test::PlatformTest;
 using tvrscn::test::TemporaryFolder;
 
@@ -34,16 +36,21 @@ class Client : public PlatformTest {
 };
 
 TEST_F(Client, TypeDecidesTheController) {
+  enum Family { kNone, kHP, kLowEnd };
   const struct {
     int type;
-    bool hp;
-  } kCases[] = {{2, true},  {5, true},  {0, false}, {1, false},
-                {3, false}, {4, false}, {6, false}, {7, false}};
+    Family family;
+  } kCases[] = {{2, kHP},   {5, kHP},   {6, kLowEnd}, {0, kNone},
+                {1, kNone}, {3, kNone}, {4, kNone},   {7, kNone}};
   for (const auto& row : kCases) {
     const OwnedClient owned(static_cast<ControllerType>(row.type));
-    EXPECT_EQ(dynamic_cast<USB_HP_Controller*>(owned.controller.get()) != nullptr, row.hp)
+    const BaseUSBController* controller = owned.controller.get();
+    EXPECT_EQ(dynamic_cast<const USB_HP_Controller*>(controller) != nullptr, row.family == kHP)
         << row.type;
-    EXPECT_EQ(owned.controller != nullptr, row.hp) << row.type;
+    EXPECT_EQ(dynamic_cast<const USB_LowEnd_Controller*>(controller) != nullptr,
+              row.family == kLowEnd)
+        << row.type;
+    EXPECT_EQ(controller == nullptr, row.family == kNone) << row.type;
   }
 }
 
@@ -169,6 +176,41 @@ TEST_F(Client, RangesOfTheHPFamilyStayUntouched) {
   EXPECT_EQ(platform.calls({Kind::kDevice}), Lines{});
 }
 
+TEST_F(Client, RangesOfTheLowEndFamilyComeFromTheDevice) {
+  OwnedClient owned(CONTROLLER_LOWEND);
+  LowEndDialogue device;
+  device.features(R"({"supportedContrastInfo":{"start":-3,"end":3,"userDefault":1}})");
+  platform.plug(&device);
+  owned.client.InitScanConfigInfo("name", "VID_0A7E", L"label");
+  IPPMinMaxNormalStepData brightness{1, 2, 3, 4};
+  IPPMinMaxNormalStepData contrast{5, 6, 7, 8};
+  owned.client.GetBrightnessContrastValue(brightness, contrast);
+  EXPECT_EQ(brightness.Min + brightness.Max + brightness.Normal + brightness.Step, 10);
+  EXPECT_EQ(contrast.Min, -3);
+  EXPECT_EQ(contrast.Max, 3);
+  EXPECT_EQ(contrast.Normal, 1);
+  EXPECT_EQ(contrast.Step, 8);
+  EXPECT_EQ(device.problems(), Lines{});
+}
+
+TEST_F(Client, FailedLowEndJobSaysInTheClientWhetherTheUserWasTold) {
+  OwnedClient owned(CONTROLLER_LOWEND);
+  owned.client.InitExceptionStrings(nullptr);
+  LowEndDialogue device;
+  platform.plug(&device);
+  owned.client.InitScanConfigInfo("name", "VID_0A7E", L"label");
+  TevraScanUIData settings = tvrscn::test::settings();
+  for (const bool dialogs : {true, false}) {
+    owned.client.SetUsingTevraUI(static_cast<int>(dialogs));
+    owned.client.m_bClientErrorShown = !dialogs;
+    device.features().status(R"({"status":{"busy":true},"adfStatus":{}})");
+    EXPECT_EQ(owned.client.Scan(settings, platform.callback(), L"/nowhere", nullptr), 1);
+    EXPECT_EQ(owned.client.m_bClientErrorShown, dialogs);
+  }
+  EXPECT_EQ(platform.notifications(), (Lines{"1020", "1001", "1011"}));
+  EXPECT_EQ(device.problems(), Lines{});
+}
+
 TEST_F(Client, ScanRunsTheJobAndNeverCallsTheDeviceCallback) {
   OwnedClient owned(CONTROLLER_HP);
   HPDialogue device;
@@ -248,7 +290,7 @@ using UnservedClientDeathTest = Client;
 
 TEST_F(UnservedClientDeathTest, FirstForwardEndsTheProcessWithAMessage) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  for (const int type : {3, 0}) {
+  for (const int type : {1, 3, 0}) {
     CScanUSBClient client(static_cast<ControllerType>(type));
     TevraScanUIData settings = tvrscn::test::settings();
     IPPMinMaxNormalStepData range{};

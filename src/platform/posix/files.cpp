@@ -32,7 +32,7 @@ namespace {
 
 constexpr std::size_t kPathCapacity = 260;  // characters in a buffer for a path
 constexpr std::size_t kPrefixLetters = 3;
-constexpr std::size_t kCopyChunk = 64U * 1024U;
+constexpr std::size_t kCopyChunk = 256U * 1024U;
 constexpr int kNameAttempts = 100;
 
 BOOL fail(DWORD error) {
@@ -77,14 +77,19 @@ bool writeAll(int file, const char* data, std::size_t size) {
   return true;
 }
 
+// Overwrites what is there and cuts off what is left of a longer file. Emptying it first would come
+// to the same content, but file systems hurry a file to disk that is emptied and filled again.
 // False with errno.
 bool copyBytes(int from, int to) {
   std::string chunk(kCopyChunk, '\0');
+  off_t size = 0;
   for (;;) {
     const ssize_t count = ::read(from, chunk.data(), chunk.size());
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return count == 0;
+    if (count < 0) return false;
+    if (count == 0) return ::ftruncate(to, size) == 0;
     if (!writeAll(to, chunk.data(), static_cast<std::size_t>(count))) return false;
+    size += count;
   }
 }
 
@@ -151,9 +156,8 @@ BOOL CopyFileW(const wchar_t* existing, const wchar_t* copy, BOOL failIfExists) 
   const UniqueFd to(
       ::open(target.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | exclusive, source.st_mode & 0777U));
   if (!to.valid()) return fail(errorFromErrno(errno));
-  // A file copied onto itself would be emptied first.
   if (sameFile(from.get(), to.get())) return fail(kErrorSharingViolation);
-  if (::ftruncate(to.get(), 0) == 0 && copyBytes(from.get(), to.get())) return 1;
+  if (copyBytes(from.get(), to.get())) return 1;
   const DWORD error = errorFromErrno(errno);
   ::unlink(target.c_str());  // half a copy is worse than none
   return fail(error);

@@ -3,6 +3,7 @@
 #ifndef TVRSCN_TESTS_CONTRACT_DRIVER_CHECK_H
 #define TVRSCN_TESTS_CONTRACT_DRIVER_CHECK_H
 
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,22 @@
 void check(bool holds, const char* condition, const char* file, int line);
 
 #define CHECK(condition) check((condition), #condition, __FILE__, __LINE__)
+
+// Paths of this program are ASCII, as it is called.
+std::wstring wide(const std::string& path);
+std::string contentOf(const std::string& file);
+
+// True when the action throws anything derived from std::exception: what libraries behind the
+// exported ones throw has no type here.
+template <typename Action>
+bool throwsSomething(Action action) {
+  try {
+    action();
+  } catch (const std::exception&) {
+    return true;
+  }
+  return false;
+}
 
 // True when the action throws this very exception with this text.
 template <typename Exception, typename Action>
@@ -51,7 +68,7 @@ void checkLayout();
 void checkClients(const std::string& folder);
 void checkControllers();
 void checkExceptions();
-void checkSettingsSources();
+void checkSettingsSources(const std::string& folder);
 void checkSiblings(const std::string& folder);
 
 #endif  // TVRSCN_TESTS_CONTRACT_DRIVER_CHECK_H

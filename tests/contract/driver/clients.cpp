@@ -1,5 +1,3 @@
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "check.h"
@@ -9,14 +7,9 @@ namespace {
 constexpr long kFailed = 1;
 constexpr int kNotFound = 55;
 
-std::string contentOf(const std::string& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
 void checkDump(ScanBaseClient& client, const std::string& folder) {
   const std::string file = folder + "/dump.txt";
-  const std::wstring wideFile(file.begin(), file.end());  // ASCII, as this program is called
+  const std::wstring wideFile = wide(file);
   client.Dump("a longer text\n", wideFile);
   CHECK(contentOf(file) == "a longer text\n");
   client.Dump("short", wideFile);
@@ -75,13 +68,29 @@ void checkNotification() {
   CHECK(listener.lastText == std::string(1023, 'x'));
 }
 
-void checkJobWithoutDevice(CScanUSBClient& client) {
-  Listener listener;
-  TevraScanUIData job = smallJob();
+// A LowEnd job asks its device for a document first, and has nothing to go by without one.
+void checkDocumentlessJob(CScanUSBClient& client, TevraScanUIData& job, Listener& listener) {
+  CHECK(throwsSomething([&] { client.Scan(job, &listener.record, L"", nullptr); }));
+  CHECK(throwsSomething([&] { client.Scan(job, nullptr, L"", nullptr); }));
+  CHECK(listener.types.empty());
+}
+
+void checkFailingJob(CScanUSBClient& client, TevraScanUIData& job, Listener& listener) {
   CHECK(client.Scan(job, &listener.record, L"", nullptr) == kFailed);
   CHECK(listener.types == Heard{NOTIFY_CONN_FAILURE});
   CHECK(listener.lastText.empty());
   CHECK(client.Scan(job, nullptr, L"", nullptr) == kFailed);
+}
+
+void checkJobWithoutDevice(CScanUSBClient& client, ControllerType type) {
+  Listener listener;
+  TevraScanUIData job = smallJob();
+  if (type == CONTROLLER_LOWEND) {
+    checkDocumentlessJob(client, job, listener);
+  } else {
+    checkFailingJob(client, job, listener);
+  }
+  const Heard heard = listener.types;
   TVR_FP_CALLBACK nobody = {nullptr, nullptr};
   CHECK(client.Scan(job, &nobody, L"", nullptr) == kFailed);
   CHECK(!client.m_bClientErrorShown);
@@ -92,7 +101,7 @@ void checkJobWithoutDevice(CScanUSBClient& client) {
   job.brightness = L"99999999999";
   CHECK(throwsWith<std::out_of_range>("stoi argument out of range",
                                       [&] { client.Scan(job, &listener.record, L"", nullptr); }));
-  CHECK(listener.types == Heard{NOTIFY_CONN_FAILURE});
+  CHECK(listener.types == heard);
 }
 
 void checkUsb(ControllerType type, const std::string& folder) {
@@ -107,7 +116,7 @@ void checkUsb(ControllerType type, const std::string& folder) {
   checkRanges(client);
   checkVersion(client);
   checkDump(client, folder);
-  checkJobWithoutDevice(client);
+  checkJobWithoutDevice(client, type);
 }
 
 }  // namespace
@@ -117,6 +126,7 @@ void checkClients(const std::string& folder) {
   checkNotification();
   checkUsb(CONTROLLER_HP, folder);
   checkUsb(CONTROLLER_HP_ALT, folder);
+  checkUsb(CONTROLLER_LOWEND, folder);
   // Types without a controller: a client can be made and go.
   for (const int type : {0, 3, 4, 7})
     CScanUSBClient client(static_cast<ControllerType>(type));

@@ -2,6 +2,8 @@
 // It makes each exported class and calls each public operation while no device is there.
 #include <cstdio>
 #include <exception>
+#include <fstream>
+#include <iterator>
 
 #include "check.h"
 
@@ -19,6 +21,15 @@ void check(bool holds, const char* condition, const char* file, int line) {
   if (holds) return;
   ++failed;
   std::printf("%s:%d: does not hold: %s\n", file, line, condition);
+}
+
+std::wstring wide(const std::string& path) {
+  return {path.begin(), path.end()};
+}
+
+std::string contentOf(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
 TevraScanUIData smallJob() {
@@ -46,7 +57,7 @@ int main(int argc, char** argv) {
     checkClients(folder);
     checkControllers();
     checkExceptions();
-    checkSettingsSources();
+    checkSettingsSources(folder);
     checkSiblings(folder);
   } catch (const std::exception& error) {
     std::printf("an exception came out of an operation that throws none: %s\n", error.what());

@@ -65,10 +65,70 @@ void checkRequest() {
   }
 }
 
+// 216 by 279 mm are 8.5 by 11 inches; the device takes no more than 10 of them.
+constexpr const char* kLimits =
+    R"({"basicres":100,"maxFbHeight":1000,"maxFbWidth":1000,"minFbHeight":10,"minFbWidth":10})";
+constexpr const char* kDocument =
+    R"({"compression":1,"contrast":-10,"customHeight":2000,"customWidth":1700,"darkness":10,)"
+    R"("fileFormat":1,"imageComposition":3,"mediaSize":20,"name":"a name","offsetX":0,"offsetY":0,)"
+    R"("orientation":0,"resolution":200,"scanDuplex":0,"scanSource":7})";
+
+void checkDocument() {
+  CLowEndUSBScanDataSource source;
+  CHECK(source.setAppDataToScanCommand(std::string(kLine)));
+  source.SetDeviceSupportJSONResponse(kLimits);
+  CLowEndUSBScanDataSource copy(source);
+  CLowEndUSBScanDataSource assigned;
+  assigned = copy;
+  for (CLowEndUSBScanDataSource* each : {&source, &copy, &assigned}) {
+    CHECK(each->GetScanRequestJSON("a name", false) == kDocument);
+    CHECK(each->GetImageFileFormat() == L".JPG");
+  }
+}
+
+void checkStatusDocument() {
+  CLowEndUSBScanDataSource source;
+  bool busy = false;
+  bool ready = false;
+  bool coverOpen = true;
+  CHECK(source.ParseScannerStatus(R"({"status":{"ready":true,"flatbedCoverOpen":false}})", busy,
+                                  ready, coverOpen));
+  CHECK(!busy && ready && !coverOpen);
+  bool jam = false;
+  bool installed = false;
+  bool adfCoverOpen = false;
+  bool loaded = false;
+  const std::string feeder = R"({"adfStatus":{"jamPresent":true,"adfPaperLoaded":true}})";
+  CHECK(source.ParseADFStatus(feeder, jam, installed, adfCoverOpen, loaded));
+  CHECK(jam && !installed && !adfCoverOpen && loaded);
+  CHECK(!source.ParseScannerStatus(feeder, busy, ready, coverOpen));
+  CHECK(throwsSomething([&] { source.ParseScannerStatus("", busy, ready, coverOpen); }));
+  CHECK(throwsSomething(
+      [&] { source.ParseADFStatus("no document", jam, installed, adfCoverOpen, loaded); }));
+}
+
+void checkAnswer(const std::string& folder) {
+  CLowEndUSBScanDataSource source;
+  std::string message;
+  CHECK(source.CheckScanningRequestStatus(R"({"status":204,"result":"Starting scan"})",
+                                          wide(folder), message) == USB_SUCCESS);
+  CHECK(message.empty());
+  const std::string refusal = R"({"error":{"message":"no paper"},"result":"","status":400})";
+  CHECK(source.CheckScanningRequestStatus(refusal, wide(folder), message) == USB_ERR_GENERAL);
+  CHECK(message == "no paper");
+  CHECK(contentOf(folder + "/ScanRequestError.txt") == refusal);
+  CHECK(throwsSomething([&] { source.CheckScanningRequestStatus("", wide(folder), message); }));
+  CHECK(source.DumpDebugDataToFile(wide(folder + "/debug.txt"), "a text\n"));
+  CHECK(contentOf(folder + "/debug.txt") == "a text\n");
+}
+
 }  // namespace
 
-void checkSettingsSources() {
+void checkSettingsSources(const std::string& folder) {
   checkStart();
   checkFilling();
   checkRequest();
+  checkDocument();
+  checkStatusDocument();
+  checkAnswer(folder);
 }
