@@ -1,5 +1,5 @@
-// Software scanners, as programs start them: the device's side of the wire, served on an endpoint
-// of this system and registered where the device search looks.
+// The HP software scanner, as programs start it: the device's side of the wire, served on an
+// endpoint of this system and registered where the device search looks.
 #ifndef TVRSCN_VIRTUAL_VIRTUAL_SCANNER_H
 #define TVRSCN_VIRTUAL_VIRTUAL_SCANNER_H
 
@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "virtual/running_scanner.h"
 
 namespace tvrscn::virtual_device {
 
@@ -57,35 +59,6 @@ std::string addHpFault(HpScannerOptions& options, std::string_view text);
 
 // All spellings with a line of explanation each, for a help page.
 std::string hpFaultHelp();
-
-// Where a scanner can be found once it runs. Empty members are chosen: a private folder below the
-// folder for temporary files, removed with the scanner.
-struct Placement {
-  std::filesystem::path socket;  // path of the endpoint's socket
-  std::filesystem::path
-      deviceFolder;  // gets one file <name>.device for as long as the scanner runs
-  std::string name = "virtual-hp";
-  std::string instanceId = "USB\\VID_0A7E&PID_1F48&MI_00\\VIRTUALHP01";
-};
-
-// A scanner that runs on a thread of its own and serves one client after another until it is
-// destroyed.
-class RunningScanner {
- public:
-  RunningScanner(const RunningScanner&) = delete;
-  RunningScanner& operator=(const RunningScanner&) = delete;
-  virtual ~RunningScanner() = default;
-
-  virtual const Placement& placement() const = 0;
-  // Blocks until the serving thread has ended by itself, which is only after stop().
-  virtual void wait() = 0;
-  // Ends a running exchange, also a stalled one; may be called from any thread, and from a signal
-  // handler.
-  virtual void stop() noexcept = 0;
-
- protected:
-  RunningScanner() = default;
-};
 
 // Throws std::runtime_error, with a text that names the thing and the remedy, when a page file
 // cannot be read or the endpoint cannot be made.

@@ -22,71 +22,19 @@
 #include <unistd.h>
 
 #include "tests/virtual/support/images.h"
+#include "tests/virtual/support/raw_host.h"
 #include "virtual/virtual_scanner.h"
 
 namespace tvrscn::virtual_device {
 namespace {
 
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-using Frame = std::vector<std::uint8_t>;
 using std::chrono::steady_clock;
+using ::testing::AllOf;
+using testing::Frame;
+using ::testing::HasSubstr;
+using testing::RawHost;
 
 constexpr std::chrono::seconds kPrompt{2};
-
-// A host on the socket that writes and reads bytes as they are.
-class RawHost {
- public:
-  explicit RawHost(const std::filesystem::path& path) : fd_(socket(AF_UNIX, SOCK_STREAM, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-    connected_ = connect(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  }
-  RawHost(const RawHost&) = delete;
-  RawHost& operator=(const RawHost&) = delete;
-  ~RawHost() { hangUp(); }
-
-  bool isConnected() const { return connected_; }
-  void hangUp() {
-    if (fd_ >= 0) close(fd_);
-    fd_ = -1;
-  }
-  void write(const Frame& bytes) {
-    EXPECT_EQ(::send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL),
-              static_cast<ssize_t>(bytes.size()));
-  }
-  // Up to `size` bytes; fewer when the device hangs up or is silent for the time.
-  Frame read(std::size_t size, std::chrono::milliseconds time = std::chrono::seconds(10)) {
-    Frame bytes;
-    while (bytes.size() < size) {
-      pollfd poller{fd_, POLLIN, 0};
-      if (poll(&poller, 1, static_cast<int>(time.count())) <= 0) break;
-      std::array<std::uint8_t, 4096> part{};
-      const ssize_t got = recv(fd_, part.data(), std::min(part.size(), size - bytes.size()), 0);
-      if (got <= 0) break;
-      bytes.insert(bytes.end(), part.begin(), part.begin() + got);
-    }
-    return bytes;
-  }
-  // The length in front of the next frame.
-  std::uint32_t readLength() {
-    const Frame bytes = read(4);
-    if (bytes.size() != 4) return 0xDEADDEAD;
-    return bytes[0] | (std::uint32_t{bytes[1]} << 8) | (std::uint32_t{bytes[2]} << 16) |
-           (std::uint32_t{bytes[3]} << 24);
-  }
-  Frame readFrame() { return read(readLength()); }
-  bool isHungUp() {
-    pollfd poller{fd_, POLLIN, 0};
-    std::uint8_t byte = 0;
-    return poll(&poller, 1, 10000) > 0 && recv(fd_, &byte, 1, 0) <= 0;
-  }
-
- private:
-  int fd_;
-  bool connected_ = false;
-};
 
 const Frame kInquiry = {4, 0, 0, 0, 0x1B, 0xA8, 0x12, 0x00};
 const Frame kReserve = {4, 0, 0, 0, 0x1B, 0xA8, 0x16, 0x00};

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "virtual/common/link.h"
-#include "virtual/virtual_scanner.h"
+#include "virtual/running_scanner.h"
 
 namespace tvrscn::virtual_device {
 

@@ -36,6 +36,9 @@ struct Raster {
   std::vector<std::uint8_t> data;
 };
 
+// The brightness of a raster of three channels, as the eye weighs them.
+Raster toGray(const Raster& color);
+
 }  // namespace tvrscn::virtual_device
 
 #endif  // TVRSCN_VIRTUAL_COMMON_RASTER_H

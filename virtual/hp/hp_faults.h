@@ -9,6 +9,7 @@
 #include <optional>
 #include <vector>
 
+#include "virtual/common/fault_list.h"
 #include "virtual/virtual_scanner.h"
 
 namespace tvrscn::virtual_device {
@@ -21,7 +22,7 @@ struct HpRefusal {
 
 class HpFaults {
  public:
-  explicit HpFaults(const std::vector<HpFault>& faults);
+  explicit HpFaults(const std::vector<HpFault>& faults) : faults_(faults) {}
 
   // The status that this answer has to carry; uses up one count. `page` is the page that an object
   // position would offer and is looked at for that step only.
@@ -37,16 +38,7 @@ class HpFaults {
   std::chrono::milliseconds delay() const;
 
  private:
-  struct Entry {
-    HpFault fault;
-    bool everyTime;
-    int left;
-  };
-  // The fault of this kind that strikes at step, with one count less.
-  const HpFault* take(HpFault::Kind kind, HpStep step);
-  bool hasPageFault(HpFault::Kind kind, int page) const;
-
-  std::vector<Entry> entries_;
+  FaultList<HpFault> faults_;
 };
 
 }  // namespace tvrscn::virtual_device

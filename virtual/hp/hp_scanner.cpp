@@ -93,16 +93,6 @@ Bytes makeRefusal(std::size_t size, std::uint16_t message) {
   return bytes;
 }
 
-Raster toGray(const Raster& color) {
-  Raster gray(color.width, color.height, 1);
-  const std::uint8_t* in = color.data.data();
-  for (std::uint8_t& out : gray.data) {
-    out = static_cast<std::uint8_t>((in[0] * 299 + in[1] * 587 + in[2] * 114 + 500) / 1000);
-    in += 3;
-  }
-  return gray;
-}
-
 HpScannerOptions checked(const HpScannerOptions& options) {
   if (options.stripLines < 1 || options.stripLines > kMostStripLines) {
     throw std::runtime_error("the virtual scanner cannot make blocks of " +

@@ -1,5 +1,6 @@
 // JPEG in both directions. libjpeg reports an error by a call that must not return; it jumps back
 // out of the library, over none of our own frames that hold objects with destructors.
+#include <algorithm>
 #include <array>
 #include <csetjmp>
 #include <cstddef>
@@ -102,25 +103,35 @@ class Encoder {
     std::free(buffer_);
   }
 
-  bool encode(const Raster& raster, int quality, int dotsPerInch) {
+  bool begin(const PictureShape& shape, int quality) {
     if (setjmp(trap_.back) != 0) return false;  // NOLINT(cert-err52-cpp): the library's way out
     jpeg_create_compress(&codec_);
     jpeg_mem_dest(&codec_, &buffer_, &size_);
-    codec_.image_width = static_cast<JDIMENSION>(raster.width);
-    codec_.image_height = static_cast<JDIMENSION>(raster.height);
-    codec_.input_components = raster.channels;
-    codec_.in_color_space = raster.channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
+    codec_.image_width = static_cast<JDIMENSION>(shape.width);
+    codec_.image_height = static_cast<JDIMENSION>(shape.height);
+    codec_.input_components = shape.channels;
+    codec_.in_color_space = shape.channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
     jpeg_set_defaults(&codec_);
     jpeg_set_quality(&codec_, quality, TRUE);
     codec_.density_unit = 1;  // dots per inch
-    codec_.X_density = static_cast<UINT16>(dotsPerInch);
-    codec_.Y_density = static_cast<UINT16>(dotsPerInch);
+    codec_.X_density = static_cast<UINT16>(shape.dotsPerInch);
+    codec_.Y_density = static_cast<UINT16>(shape.dotsPerInch);
     jpeg_start_compress(&codec_, TRUE);
-    while (codec_.next_scanline < codec_.image_height) {
+    return true;
+  }
+
+  bool write(const Raster& band) {
+    if (setjmp(trap_.back) != 0) return false;  // NOLINT(cert-err52-cpp): the library's way out
+    for (int y = 0; y < band.height; ++y) {
       // The encoder reads lines through a pointer to non-const and leaves them alone.
-      auto* line = const_cast<JSAMPROW>(raster.line(static_cast<int>(codec_.next_scanline)));
+      auto* line = const_cast<JSAMPROW>(band.line(y));
       jpeg_write_scanlines(&codec_, &line, 1);
     }
+    return true;
+  }
+
+  bool finish() {
+    if (setjmp(trap_.back) != 0) return false;  // NOLINT(cert-err52-cpp): the library's way out
     jpeg_finish_compress(&codec_);
     return true;
   }
@@ -138,6 +149,10 @@ class Encoder {
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
+
+[[noreturn]] void refuse(const Encoder& encoder) {
+  throw std::runtime_error("the page cannot be encoded: " + encoder.text());
+}
 
 }  // namespace
 
@@ -157,10 +172,23 @@ Raster readJpeg(const std::filesystem::path& file) {
 }
 
 Bytes encodeJpeg(const Raster& raster, int quality, int dotsPerInch) {
+  const PictureShape shape = {raster.width, raster.height, raster.channels, dotsPerInch};
   Encoder encoder;
-  if (!encoder.encode(raster, quality, dotsPerInch)) {
-    throw std::runtime_error("the page cannot be encoded: " + encoder.text());
+  if (!encoder.begin(shape, quality) || !encoder.write(raster) || !encoder.finish()) {
+    refuse(encoder);
   }
+  return encoder.bytes();
+}
+
+Bytes encodeJpeg(const PictureShape& shape, const LineSource& lines, int quality) {
+  Encoder encoder;
+  bool isGood = encoder.begin(shape, quality);
+  for (int y = 0; isGood && y < shape.height; y += kBandLines) {
+    Raster band(shape.width, std::min(kBandLines, shape.height - y), shape.channels);
+    lines(y, band);
+    isGood = encoder.write(band);
+  }
+  if (!isGood || !encoder.finish()) refuse(encoder);
   return encoder.bytes();
 }
 

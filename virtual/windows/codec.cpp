@@ -2,6 +2,7 @@
 // channel by itself; grey scanners send just that.
 #include "virtual/common/codec.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <stdexcept>
@@ -136,24 +137,37 @@ std::vector<std::uint8_t> encoderPixels(const Raster& raster) {
   return pixels;
 }
 
-void writeFrame(IWICBitmapEncoder* encoder, const Raster& raster, int quality, int dotsPerInch) {
+void beginFrame(IWICBitmapFrameEncode* frame, const PictureShape& shape) {
+  check(frame->SetSize(static_cast<UINT>(shape.width), static_cast<UINT>(shape.height)),
+        "the size is refused");
+  check(frame->SetResolution(shape.dotsPerInch, shape.dotsPerInch), "the resolution is refused");
+  const GUID& wanted =
+      shape.channels == 1 ? GUID_WICPixelFormat8bppGray : GUID_WICPixelFormat24bppBGR;
+  WICPixelFormatGUID format = wanted;
+  check(frame->SetPixelFormat(&format), "the kind of pixels is refused");
+  if (format != wanted) throw ImageError("the kind of pixels is refused");
+}
+
+void writeLines(IWICBitmapFrameEncode* frame, const Raster& band) {
+  std::vector<std::uint8_t> pixels = encoderPixels(band);
+  check(frame->WritePixels(static_cast<UINT>(band.height), static_cast<UINT>(band.lineBytes()),
+                           static_cast<UINT>(pixels.size()), pixels.data()),
+        "the pixels are refused");
+}
+
+void writeFrame(IWICBitmapEncoder* encoder, const PictureShape& shape, const LineSource& lines,
+                int quality, int bandLines) {
   ComPtr<IWICBitmapFrameEncode> frame;
   ComPtr<IPropertyBag2> options;
   check(encoder->CreateNewFrame(frame.out(), options.out()), "there is no frame");
   setQuality(options.get(), quality);
   check(frame->Initialize(options.get()), "the frame cannot be begun");
-  check(frame->SetSize(static_cast<UINT>(raster.width), static_cast<UINT>(raster.height)),
-        "the size is refused");
-  check(frame->SetResolution(dotsPerInch, dotsPerInch), "the resolution is refused");
-  const GUID& wanted =
-      raster.channels == 1 ? GUID_WICPixelFormat8bppGray : GUID_WICPixelFormat24bppBGR;
-  WICPixelFormatGUID format = wanted;
-  check(frame->SetPixelFormat(&format), "the kind of pixels is refused");
-  if (format != wanted) throw ImageError("the kind of pixels is refused");
-  std::vector<std::uint8_t> pixels = encoderPixels(raster);
-  check(frame->WritePixels(static_cast<UINT>(raster.height), static_cast<UINT>(raster.lineBytes()),
-                           static_cast<UINT>(pixels.size()), pixels.data()),
-        "the pixels are refused");
+  beginFrame(frame.get(), shape);
+  for (int y = 0; y < shape.height; y += bandLines) {
+    Raster band(shape.width, std::min(bandLines, shape.height - y), shape.channels);
+    lines(y, band);
+    writeLines(frame.get(), band);
+  }
   check(frame->Commit(), "the frame cannot be ended");
 }
 
@@ -170,7 +184,7 @@ Bytes contentOf(IStream* stream) {
   return bytes;
 }
 
-Bytes encode(const Raster& raster, int quality, int dotsPerInch) {
+Bytes encode(const PictureShape& shape, const LineSource& lines, int quality, int bandLines) {
   const ImagingFactory factory;
   ComPtr<IStream> stream;
   check(CreateStreamOnHGlobal(nullptr, 1, stream.out()), "there is no memory");
@@ -178,9 +192,18 @@ Bytes encode(const Raster& raster, int quality, int dotsPerInch) {
   check(factory->CreateEncoder(GUID_ContainerFormatJpeg, nullptr, encoder.out()),
         "the system has no JPEG encoder");
   check(encoder->Initialize(stream.get(), WICBitmapEncoderNoCache), "the encoder does not start");
-  writeFrame(encoder.get(), raster, quality, dotsPerInch);
+  writeFrame(encoder.get(), shape, lines, quality, bandLines);
   check(encoder->Commit(), "the stream cannot be ended");
   return contentOf(stream.get());
+}
+
+Bytes encodeOrRefuse(const PictureShape& shape, const LineSource& lines, int quality,
+                     int bandLines) {
+  try {
+    return encode(shape, lines, quality, bandLines);
+  } catch (const ImageError& error) {
+    throw std::runtime_error(std::string("the page cannot be encoded: ") + error.what());
+  }
 }
 
 }  // namespace
@@ -195,11 +218,13 @@ Raster decodeImageFile(const std::filesystem::path& file) {
 }
 
 Bytes encodeJpeg(const Raster& raster, int quality, int dotsPerInch) {
-  try {
-    return encode(raster, quality, dotsPerInch);
-  } catch (const ImageError& error) {
-    throw std::runtime_error(std::string("the page cannot be encoded: ") + error.what());
-  }
+  const PictureShape shape = {raster.width, raster.height, raster.channels, dotsPerInch};
+  const LineSource whole = [&](int /*firstLine*/, Raster& band) { band.data = raster.data; };
+  return encodeOrRefuse(shape, whole, quality, raster.height);
+}
+
+Bytes encodeJpeg(const PictureShape& shape, const LineSource& lines, int quality) {
+  return encodeOrRefuse(shape, lines, quality, kBandLines);
 }
 
 }  // namespace tvrscn::virtual_device

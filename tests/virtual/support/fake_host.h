@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "virtual/common/device_server.h"
 #include "virtual/common/link.h"
 #include "virtual/hp/hp_scanner.h"
 
@@ -76,10 +77,13 @@ inline Bytes smallWindowFrom(std::uint8_t source0, std::uint8_t source1) {
 }
 
 // What the device did for these commands.
-inline std::vector<Event> exchange(HpScanner& scanner, std::deque<Bytes> commands) {
+inline std::vector<Event> exchangeWith(Device& device, std::deque<Bytes> commands) {
   FakeLink link(std::move(commands));
-  scanner.serve(link);
+  device.serve(link);
   return link.events;
+}
+inline std::vector<Event> exchange(HpScanner& scanner, std::deque<Bytes> commands) {
+  return exchangeWith(scanner, std::move(commands));
 }
 
 // The transfers among them, the last one for a sequence that ends in the command of interest.

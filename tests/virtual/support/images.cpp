@@ -1,12 +1,14 @@
 #include "tests/virtual/support/images.h"
 
 #include <algorithm>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include <jpeglib.h>
 #include <png.h>
@@ -134,6 +136,71 @@ Picture readJpegBytes(const std::vector<std::uint8_t>& bytes) {
   jpeg_finish_decompress(&codec);
   jpeg_destroy_decompress(&codec);
   return picture;
+}
+
+namespace {
+
+bool readPage(TIFF* tiff, BilevelPage& page) {
+  std::uint16_t photometric = 0;
+  std::uint16_t bits = 0;
+  std::uint16_t compression = 0;
+  std::uint16_t unit = 0;
+  std::uint16_t number = 0;
+  std::uint16_t count = 0;
+  float across = 0;
+  float down = 0;
+  if (TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &page.width) == 0 ||
+      TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &page.height) == 0 ||
+      TIFFGetField(tiff, TIFFTAG_BITSPERSAMPLE, &bits) == 0 || bits != 1 ||
+      TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric) == 0 ||
+      photometric != PHOTOMETRIC_MINISWHITE ||
+      TIFFGetField(tiff, TIFFTAG_COMPRESSION, &compression) == 0 ||
+      TIFFGetField(tiff, TIFFTAG_RESOLUTIONUNIT, &unit) == 0 ||
+      TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &across) == 0 ||
+      TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &down) == 0 ||
+      TIFFGetField(tiff, TIFFTAG_PAGENUMBER, &number, &count) == 0) {
+    return false;
+  }
+  page.compression = compression;
+  page.resolutionUnit = unit;
+  page.resolutionX = static_cast<double>(across);
+  page.resolutionY = static_cast<double>(down);
+  page.pageNumber = number;
+  page.pageCount = count;
+  std::vector<std::uint8_t> line(static_cast<std::size_t>(TIFFScanlineSize(tiff)));
+  for (int y = 0; y < page.height; ++y) {
+    if (TIFFReadScanline(tiff, line.data(), static_cast<std::uint32_t>(y), 0) != 1) return false;
+    for (unsigned x = 0; x < static_cast<unsigned>(page.width); ++x) {
+      page.black.push_back((line[x / 8] >> (7 - x % 8)) & 1);
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+std::vector<BilevelPage> readTiffBytes(const std::vector<std::uint8_t>& bytes) {
+  const TestFolder folder;
+  const std::filesystem::path file = folder / "document.tif";
+  std::ofstream(file, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+  std::vector<BilevelPage> pages;
+  // Warnings count too: a fax code that ends early is one.
+  static bool complained = false;
+  complained = false;
+  const auto note = [](const char*, const char*, va_list) { complained = true; };
+  TIFFSetWarningHandler(note);
+  TIFFSetErrorHandler(note);
+  TIFF* tiff = TIFFOpen(file.c_str(), "r");
+  if (tiff == nullptr) return pages;
+  do {
+    BilevelPage page;
+    if (!readPage(tiff, page) || complained) break;
+    pages.push_back(std::move(page));
+  } while (TIFFReadDirectory(tiff) == 1);
+  TIFFClose(tiff);
+  return pages;
 }
 
 TestFolder::TestFolder() {

@@ -35,6 +35,21 @@ void writeTiffFile(const std::filesystem::path& file, const Picture& picture);  
 // Ends the test program when the bytes are no JPEG stream.
 Picture readJpegBytes(const std::vector<std::uint8_t>& bytes);
 
+// A page of a black-and-white TIFF file.
+struct BilevelPage {
+  int width = 0;
+  int height = 0;
+  int compression = 0;
+  int resolutionUnit = 0;  // 2 is inches
+  double resolutionX = 0;
+  double resolutionY = 0;
+  int pageNumber = 0;  // as the page says of itself, from 0
+  int pageCount = 0;
+  std::vector<std::uint8_t> black;  // one byte a pixel, 0 or 1
+};
+// Its pages, up to the first that cannot be read.
+std::vector<BilevelPage> readTiffBytes(const std::vector<std::uint8_t>& bytes);
+
 // A folder that goes with its owner.
 class TestFolder {
  public:
