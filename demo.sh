@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds tvrscan and scans with it from the virtual HP scanner: real page images that went the whole
+# Builds tvrscan and scans with it from virtual scanners: real page images that went the whole
 # road, from device tree to files, into the folder demo-pages (or the one given).
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
@@ -27,5 +27,6 @@ run scan --virtual hp --resolution 300 --mode color --size a4 --out "$out/flatbe
 run scan --virtual hp --feeder 2 --sides two --resolution 200 --mode gray --size a4 \
   --out "$out/feeder" --name 'sheet-%02d'
 run scan --virtual hp --resolution 300 --mode bw --size a5 --background on --out "$out/black-and-white"
+run scan --virtual lowend --feeder 3 --mode bw --resolution 200 --size a4 --out "$out/lowend"
 printf '\nThe pages:\n'
-find "$out" -name '*.jpg' | sort | xargs ls -l
+find "$out" -name '*.jpg' -o -name '*.tif' | sort | xargs ls -l

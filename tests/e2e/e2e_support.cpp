@@ -1,16 +1,20 @@
 #include "tests/e2e/e2e_support.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <fstream>
 #include <stdexcept>
 
+#include "tests/e2e/job_end.h"
 #include "virtual/common/codec.h"
 
 namespace tvrscn::test {
-namespace {
 
-constexpr const char* kHardwareId = "VID_0A7E&PID_1F48&MI_00";
+using virtual_device::decodeImageFile;
+using virtual_device::Raster;
+
+namespace {
 
 std::vector<std::string> readLines(const fs::path& file) {
   std::vector<std::string> lines;
@@ -24,11 +28,11 @@ int word(const std::vector<std::uint8_t>& bytes, std::size_t at) {
   return bytes.at(at) * 256 + bytes.at(at + 1);
 }
 
-std::unique_ptr<CScanUSBClient> makeClient() {
-  auto client = std::make_unique<CScanUSBClient>(CONTROLLER_HP);
+std::unique_ptr<CScanUSBClient> makeClient(const DeviceChoice& device) {
+  auto client = std::make_unique<CScanUSBClient>(device.controller);
   client->InitExceptionStrings(nullptr);
   client->SetUsingTevraUI(0);
-  client->InitScanConfigInfo("scanner", kHardwareId, L"label");
+  client->InitScanConfigInfo("scanner", device.hardwareId, L"label");
   return client;
 }
 
@@ -78,9 +82,20 @@ TevraScanUIData smallJob() {
   return job;
 }
 
-int runOneJob(const fs::path& folder) {
+DeviceChoice lowEndDevice() {
+  // The middle one of its three parts.
+  const std::string id = virtual_device::lowEndPlacement().instanceId;
+  const std::size_t first = id.find('\\') + 1;
+  return {CONTROLLER_LOWEND, id.substr(first, id.find('\\', first) - first)};
+}
+
+int runOneJob(const fs::path& folder, const DeviceChoice& device) {
+  JobEnd end;
   TevraScanUIData job = smallJob();
-  return static_cast<int>(makeClient()->Scan(job, nullptr, folder.wstring(), nullptr));
+  const auto client = makeClient(device);
+  const long result = client->Scan(job, end.callback(), folder.wstring(), nullptr);
+  if (result != 0) return static_cast<int>(result);
+  return end.type() == NOTIFY_JOB_COMPLETE ? 0 : 1;
 }
 
 void ScannerTest::SetUp() {
@@ -104,6 +119,12 @@ void ScannerTest::start(const virtual_device::HpScannerOptions& options) {
   setVariable("TVRSCN_DEVICE_PATH", scanner_->placement().deviceFolder.string());
 }
 
+void ScannerTest::startLowEnd(const virtual_device::LowEndScannerOptions& options) {
+  scanner_ = virtual_device::startLowEndScanner(options, virtual_device::lowEndPlacement());
+  setVariable("TVRSCN_DEVICE_PATH", scanner_->placement().deviceFolder.string());
+  device_ = lowEndDevice();
+}
+
 fs::path ScannerTest::makePage(const std::string& name, int level, int lowerLevel) {
   virtual_device::Raster raster(100, 80, 3);
   for (int y = 0; y < raster.height; ++y) {
@@ -118,8 +139,48 @@ fs::path ScannerTest::makePage(const std::string& name, int level, int lowerLeve
   return file;
 }
 
+void ScannerTest::expectHalves(const Raster& page, int upper, int lower) {
+  EXPECT_NEAR(meanLevel(page, 0.0, 0.45), upper, 3);
+  EXPECT_NEAR(meanLevel(page, 0.55, 1.0), lower, 3);
+}
+
+void ScannerTest::expectGrey(const Raster& page) {
+  int colourful = 0;
+  for (std::size_t i = 0; page.channels == 3 && i + 2 < page.data.size(); i += 3) {
+    if (page.data[i] != page.data[i + 1] || page.data[i] != page.data[i + 2]) ++colourful;
+  }
+  EXPECT_EQ(colourful, 0);
+}
+
+std::vector<fs::path> ScannerTest::makeThreeSheets() {
+  return {makePage("dark", 40, 40), makePage("middle", 120, 120), makePage("light", 220, 220)};
+}
+
+void ScannerTest::expectThreeSheets() const {
+  EXPECT_EQ(types(), (std::vector<NotificationType>{NOTIFY_TRANSFER_STARTED, NOTIFY_IMAGE_READY,
+                                                    NOTIFY_IMAGE_READY, NOTIFY_IMAGE_READY,
+                                                    NOTIFY_JOB_COMPLETE}));
+  ASSERT_EQ(pages().size(), 3U);
+  EXPECT_NEAR(meanLevel(decodeImageFile(pages()[0])), 40, 3);
+  EXPECT_NEAR(meanLevel(decodeImageFile(pages()[1])), 120, 3);
+  EXPECT_NEAR(meanLevel(decodeImageFile(pages()[2])), 220, 3);
+}
+
+std::vector<fs::path> ScannerTest::makeSheetToTurn() {
+  return {makePage("front", 230, 30), makePage("back", 230, 30)};
+}
+
+void ScannerTest::expectBackTurned() {
+  TevraScanUIData job = smallJob();
+  job.sides = "SecondSideRotation";
+  EXPECT_EQ(scan(job), 0);
+  ASSERT_EQ(pages().size(), 2U);
+  EXPECT_GT(meanLevel(decodeImageFile(pages()[0]), 0.0, 0.4), 200);
+  EXPECT_LT(meanLevel(decodeImageFile(pages()[1]), 0.0, 0.4), 60);
+}
+
 std::unique_ptr<CScanUSBClient> ScannerTest::openClient() {
-  return makeClient();
+  return makeClient(device_);
 }
 
 long ScannerTest::scan(TevraScanUIData job) {
@@ -127,13 +188,28 @@ long ScannerTest::scan(TevraScanUIData job) {
 }
 
 long ScannerTest::scan(CScanUSBClient& client, TevraScanUIData job) {
-  TVR_FP_CALLBACK callback = {&ScannerTest::collect, this};
-  return client.Scan(job, &callback, out_.wstring(), nullptr);
+  return scanInto(out_.wstring(), client, job);
+}
+
+long ScannerTest::scanInto(const std::wstring& folder, CScanUSBClient& client,
+                           TevraScanUIData job) {
+  const long result = client.Scan(job, &callback_, folder, nullptr);
+  // The library tells the end of a job while its worker still has to clear away what is its own,
+  // and tells nothing of that.
+  if (result == 0 && device_.controller == CONTROLLER_LOWEND) {
+    constexpr std::chrono::seconds kPatience{60};
+    EXPECT_TRUE(worker_.wait(kPatience)) << "the worker does not end";
+  }
+  return result;
 }
 
 void ScannerTest::collect(ScanNotification* notification, void* context) {
   auto* test = static_cast<ScannerTest*>(context);
-  test->notifications_.push_back({notification->type, notification->text, test->dialogs().size()});
+  const bool onAnotherThread = std::this_thread::get_id() != test->thread_;
+  if (onAnotherThread) test->worker_.watchThisThread();
+  const std::lock_guard lock(test->mutex_);
+  test->notifications_.push_back(
+      {notification->type, notification->text, test->dialogs().size(), onAnotherThread});
 }
 
 std::vector<Dialog> ScannerTest::dialogs() const {

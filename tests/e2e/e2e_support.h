@@ -6,7 +6,9 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -15,6 +17,7 @@
 #include "tests/support/temporary_folder.h"
 #include "tvrscn/scan_client.h"
 #include "virtual/common/raster.h"
+#include "virtual/virtual_lowend_scanner.h"
 #include "virtual/virtual_scanner.h"
 
 namespace tvrscn::test {
@@ -23,6 +26,7 @@ struct Notification {
   NotificationType type;
   std::string text;
   std::size_t dialogsBefore;  // how many dialogs had been shown by then
+  bool onAnotherThread;       // than the one that called Scan
 };
 
 // What the head of a JPEG file says.
@@ -40,9 +44,18 @@ double meanLevel(const virtual_device::Raster& raster, double from = 0.0, double
 // Settings for a small page: 75 dpi, 100 by 80 mm, colour, one side.
 TevraScanUIData smallJob();
 
-// A process that is just a host: one small job into the folder. Its exit code is that of the job.
+// Which device a client is for.
+struct DeviceChoice {
+  ControllerType controller = CONTROLLER_HP;
+  std::string hardwareId = "VID_0A7E&PID_1F48&MI_00";
+};
+DeviceChoice lowEndDevice();
+
+// A process that is just a host: one small job into the folder that the next argument names, with
+// an HP device or, where one more argument names it, one of the LowEnd family. Its exit code is
+// that of the job.
 constexpr const char* kOneJobArgument = "--one-job";
-int runOneJob(const fs::path& folder);
+int runOneJob(const fs::path& folder, const DeviceChoice& device);
 
 class ScannerTest : public ::testing::Test {
  protected:
@@ -51,14 +64,29 @@ class ScannerTest : public ::testing::Test {
 
   // Starts the scanner; the device folder it registers in becomes that of this process.
   void start(const virtual_device::HpScannerOptions& options);
+  // Clients are for the LowEnd family from here on.
+  void startLowEnd(const virtual_device::LowEndScannerOptions& options);
   // A file with one picture, `level` above `lowerLevel`, for the scanner to deliver.
   fs::path makePage(const std::string& name, int level, int lowerLevel);
 
+  // A page whose upper and lower half have these grey levels, or nearly.
+  static void expectHalves(const virtual_device::Raster& page, int upper, int lower);
+  static void expectGrey(const virtual_device::Raster& page);
+  // Three pictures for the feeder, and the pages of a job that scanned them.
+  std::vector<fs::path> makeThreeSheets();
+  void expectThreeSheets() const;
+  // A sheet of two pictures that are light above and dark below, and a job in which the second one
+  // comes turned.
+  std::vector<fs::path> makeSheetToTurn();
+  void expectBackTurned();
+
   // A client for the scanner that runs, with its texts, without dialogs.
   std::unique_ptr<CScanUSBClient> openClient();
-  // One job with a client of its own, or with the one given.
+  // One job with a client of its own, or with the one given. Where Scan has returned 0 and a worker
+  // goes on, the job ends here when that thread has.
   long scan(TevraScanUIData job);
   long scan(CScanUSBClient& client, TevraScanUIData job);
+  long scanInto(const std::wstring& folder, CScanUSBClient& client, TevraScanUIData job);
 
   // Has dialogs answered and remembered from here on.
   void answerDialogs() { answers_ = std::make_unique<DialogAnswers>(folder_); }
@@ -76,6 +104,13 @@ class ScannerTest : public ::testing::Test {
 
  private:
   static void collect(ScanNotification* notification, void* context);
+
+  DeviceChoice device_;
+  TVR_FP_CALLBACK callback_ = {&ScannerTest::collect, this};
+  const std::thread::id thread_ = std::this_thread::get_id();
+  // A worker's notifications come under it; nobody else reads them before the worker has ended.
+  std::mutex mutex_;
+  ThreadWatch worker_;
 };
 
 }  // namespace tvrscn::test

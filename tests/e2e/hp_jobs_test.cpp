@@ -57,13 +57,8 @@ TEST_F(HPJob, GreyPageIsGrey) {
   ASSERT_EQ(pages().size(), 1U);
   EXPECT_EQ(readJpegHead(pages()[0]).components, kGreyPageComponents);
   const Raster page = decodeImageFile(pages()[0]);
-  EXPECT_NEAR(meanLevel(page, 0.0, 0.45), 200, 3);
-  EXPECT_NEAR(meanLevel(page, 0.55, 1.0), 60, 3);
-  int colourful = 0;
-  for (std::size_t i = 0; i + 2 < page.data.size(); i += 3) {
-    if (page.data[i] != page.data[i + 1] || page.data[i] != page.data[i + 2]) ++colourful;
-  }
-  EXPECT_EQ(colourful, 0);
+  expectHalves(page, 200, 60);
+  expectGrey(page);
 }
 
 TEST_F(HPJob, BlackAndWhitePageHoldsBlackAndWhiteOnly) {
@@ -104,16 +99,10 @@ TEST_F(HPJob, ResolutionTextsGiveTheirPixels) {
 
 TEST_F(HPJob, FeederDeliversEverySheetInOrder) {
   HpScannerOptions options = feeder(3);
-  options.pageFiles = {makePage("dark", 40, 40), makePage("middle", 120, 120),
-                       makePage("light", 220, 220)};
+  options.pageFiles = makeThreeSheets();
   start(options);
   EXPECT_EQ(scan(smallJob()), 0);
-  EXPECT_EQ(types(), (Types{NOTIFY_TRANSFER_STARTED, NOTIFY_IMAGE_READY, NOTIFY_IMAGE_READY,
-                            NOTIFY_IMAGE_READY, NOTIFY_JOB_COMPLETE}));
-  ASSERT_EQ(pages().size(), 3U);
-  EXPECT_NEAR(meanLevel(decodeImageFile(pages()[0])), 40, 3);
-  EXPECT_NEAR(meanLevel(decodeImageFile(pages()[1])), 120, 3);
-  EXPECT_NEAR(meanLevel(decodeImageFile(pages()[2])), 220, 3);
+  expectThreeSheets();
 }
 
 TEST_F(HPJob, TwoSidedJobDeliversBothSidesOfEverySheet) {
@@ -126,14 +115,9 @@ TEST_F(HPJob, TwoSidedJobDeliversBothSidesOfEverySheet) {
 
 TEST_F(HPJob, SecondSideRotationTurnsTheBack) {
   HpScannerOptions options = feeder(1);
-  options.pageFiles = {makePage("front", 230, 30), makePage("back", 230, 30)};
+  options.pageFiles = makeSheetToTurn();
   start(options);
-  TevraScanUIData job = smallJob();
-  job.sides = "SecondSideRotation";
-  EXPECT_EQ(scan(job), 0);
-  ASSERT_EQ(pages().size(), 2U);
-  EXPECT_GT(meanLevel(decodeImageFile(pages()[0]), 0.0, 0.4), 200);
-  EXPECT_LT(meanLevel(decodeImageFile(pages()[1]), 0.0, 0.4), 60);
+  expectBackTurned();
 }
 
 TEST_F(HPJob, BrightnessIsADarknessAndContrastSpreads) {

@@ -7,9 +7,11 @@
 
 int main(int argc, char** argv) {
   constexpr int kFailed = 2;
-  if (argc == 3 && std::strcmp(argv[1], tvrscn::test::kOneJobArgument) == 0) {
+  if (argc >= 3 && std::strcmp(argv[1], tvrscn::test::kOneJobArgument) == 0) {
     try {
-      return tvrscn::test::runOneJob(argv[2]);
+      using tvrscn::test::DeviceChoice;
+      return tvrscn::test::runOneJob(
+          argv[2], argc == 4 ? DeviceChoice{CONTROLLER_LOWEND, argv[3]} : DeviceChoice{});
     } catch (const std::exception&) {
       return kFailed;
     }

@@ -2,6 +2,7 @@
 #ifndef TVRSCN_TESTS_E2E_SYSTEM_H
 #define TVRSCN_TESTS_E2E_SYSTEM_H
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -39,6 +40,24 @@ class ChildProcess {
  private:
   struct State;
   std::unique_ptr<State> state_;
+};
+
+// Learns when a thread has ended that somebody else made, one at a time.
+class ThreadWatch {
+ public:
+  ThreadWatch();
+  ThreadWatch(const ThreadWatch&) = delete;
+  ThreadWatch& operator=(const ThreadWatch&) = delete;
+  ~ThreadWatch();
+
+  // On that thread; any further call on it changes nothing.
+  void watchThisThread();
+  // Waits for a thread to be watched and to end. False when one of them takes longer.
+  bool wait(std::chrono::milliseconds patience);
+
+ private:
+  struct State;
+  std::shared_ptr<State> state_;
 };
 
 struct Dialog {

@@ -48,17 +48,13 @@ TEST(ProbeOutcome, EachResultHasItsMeaning) {
   EXPECT_EQ(probeOutcome(13, "A", {})->code, ExitCode::kDeviceFailed);
 }
 
-TEST(ScannerOptions, SeveralPicturesLieInTheFeeder) {
-  VirtualOptions options;
-  EXPECT_FALSE(scannerOptions(options).feeder);
-  options.pageFiles = {"a.png", "b.png"};
-  EXPECT_TRUE(scannerOptions(options).feeder);
-  EXPECT_EQ(scannerOptions(options).sheets, 2);
-  options.flatbed = true;
-  EXPECT_FALSE(scannerOptions(options).feeder);
-  options.flatbed = false;
-  options.feederSheets = 5;
-  EXPECT_EQ(scannerOptions(options).sheets, 5);
+TEST(PlacementAs, TakesANameThatFollowsFromTheId) {
+  virtual_device::Placement usual;
+  usual.socket = "/somewhere";
+  const auto placement = placementAs(usual, "USB\\VID_0001&PID_0002\\SECOND");
+  EXPECT_EQ(placement.instanceId, "USB\\VID_0001&PID_0002\\SECOND");
+  EXPECT_EQ(placement.name, "USB#VID_0001&PID_0002#SECOND");
+  EXPECT_EQ(placement.socket, usual.socket);
 }
 
 }  // namespace

@@ -32,8 +32,9 @@ std::unique_ptr<Process> TvrscanTest::start(const std::vector<std::string>& argu
                                                         {"TVRSCN_LOG", ""}});
 }
 
-std::unique_ptr<Process> TvrscanTest::startScan(const std::vector<std::string>& arguments) const {
-  std::vector<std::string> command = {"scan", "--virtual", "hp",          "--resolution",
+std::unique_ptr<Process> TvrscanTest::startScan(const std::vector<std::string>& arguments,
+                                                const std::string& family) const {
+  std::vector<std::string> command = {"scan", "--virtual", family,        "--resolution",
                                       "75",   "--size",    "50x60mm",     "--mode",
                                       "gray", "--out",     out().string()};
   command.insert(command.end(), arguments.begin(), arguments.end());

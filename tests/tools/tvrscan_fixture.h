@@ -24,7 +24,8 @@ class TvrscanTest : public testing::Test {
 
   std::unique_ptr<Process> start(const std::vector<std::string>& arguments) const;
   // A small, quick scan into out() with a virtual scanner, and whatever stands in arguments.
-  std::unique_ptr<Process> startScan(const std::vector<std::string>& arguments) const;
+  std::unique_ptr<Process> startScan(const std::vector<std::string>& arguments,
+                                     const std::string& family = "hp") const;
 
   // Names in a folder, hidden ones too, sorted.
   static std::vector<std::string> names(const std::filesystem::path& folder);

@@ -42,7 +42,15 @@ TEST_F(TvrscanTest, BadUsageIsRefusedWithAHint) {
       {{"scan", "--virtual", "hp", "--fault", "nonsense"}, 2, "nonsense"},
       {{"scan", "--virtual", "xp"}, 2, "did you mean hp"},
       {{"scan", "--virtual", "qz"}, 13, "not served by this version"},
-      {{"scan", "--family", "lowend"}, 13, "not served by this version"},
+      {{"scan", "--family", "QZ"}, 13, "not served by this version"},
+      {{"scan", "--family", "lowed"}, 2, "did you mean lowend"},
+      {{"scan", "--family", "x"}, 2, "the families are hp and lowend"},
+      {{"scan", "--virtual", "lowend", "--family", "hp"}, 2, "is of the family lowend"},
+      {{"scan", "--virtual", "lowend", "--fault", "warming-up"}, 2, "warming-up"},
+      {{"scan", "--virtual", "hp", "--fault", "silent-end"}, 2, "silent-end"},
+      {{"virtual", "hp", "--instance-id", "X"}, 2, "no instance id"},
+      {{"virtual", "hp", "--instance-id", "USB\\VID_0A7E&PID_1F48\\A/B"}, 2, "no instance id"},
+      {{"virtual", "hp", "--instance-id", "USB\\VID_0A7E&PID_1F48\\"}, 2, "no instance id"},
       {{"scan", "surplus"}, 2, "'surplus' is not expected"},
       {{"virtual"}, 2, "virtual --help"},
       {{"help", "exit-code"}, 2, "did you mean exit-codes"},
@@ -74,6 +82,10 @@ TEST_F(TvrscanTest, HelpTopicsGoToStandardOutput) {
       {{"help", "faults"}, 0, "paper-jam=PAGE"},
       {{"scan", "--virtual", "hp", "--fault", "help"}, 0, "paper-jam=PAGE"},
       {{"virtual", "hp", "--fault", "help"}, 0, "paper-jam=PAGE"},
+      {{"help", "faults"}, 0, "silent-end"},
+      {{"scan", "--virtual", "lowend", "--fault", "help"}, 0, "silent-end"},
+      {{"virtual", "lowend", "--fault", "help"}, 0, "silent-end"},
+      {{"virtual", "lowend", "--help"}, 0, "--instance-id"},
       {{"--version"}, 0, "tvrscan "},
   };
   for (const UsageCase& row : cases) {
@@ -145,8 +157,10 @@ TEST_F(TvrscanTest, CompletionOffersWhatFits) {
   EXPECT_EQ(complete("tvrscan scan --res", 2), Names{"--resolution"});
   EXPECT_EQ(complete("tvrscan scan --mode g", 3), Names{"gray"});
   EXPECT_EQ(complete("tvrscan scan --size lett", 3), Names{"letter"});
-  EXPECT_EQ(complete("tvrscan virtual ''", 2), (Names{"hp", "--help"}));
+  EXPECT_EQ(complete("tvrscan virtual ''", 2), (Names{"hp", "lowend", "--help"}));
   EXPECT_EQ(complete("tvrscan virtual hp --li", 3), Names{"--listen"});
+  EXPECT_EQ(complete("tvrscan scan --family l", 3), Names{"lowend"});
+  EXPECT_EQ(complete("tvrscan virtual lowend --ins", 3), Names{"--instance-id"});
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ TEST(ExitCodes, AreDistinctAndNamed) {
 }
 
 TEST(JobSettings, DefaultsAreAnA4PageInColourAt300) {
-  const TevraScanUIData data = jobSettings(ScanSettings{});
+  const TevraScanUIData data = hpJobSettings(ScanSettings{}, {});
   EXPECT_EQ(data.mediaSize, "ISO_A4SEF");
   EXPECT_EQ(data.pageWidth, 210);
   EXPECT_EQ(data.pageHeight, 297);
@@ -82,25 +82,100 @@ TEST(JobSettings, PercentCoversTheWholeRangeOfTheEffect) {
   ScanSettings settings;
   settings.brightness = 100;
   settings.contrast = 100;
-  EXPECT_EQ(jobSettings(settings).brightness, L"-1020");
-  EXPECT_EQ(jobSettings(settings).contrast, L"400");
+  EXPECT_EQ(hpJobSettings(settings, {}).brightness, L"-1020");
+  EXPECT_EQ(hpJobSettings(settings, {}).contrast, L"400");
   settings.brightness = -100;
   settings.contrast = -100;
-  EXPECT_EQ(jobSettings(settings).brightness, L"1020");
-  EXPECT_EQ(jobSettings(settings).contrast, L"-400");
+  EXPECT_EQ(hpJobSettings(settings, {}).brightness, L"1020");
+  EXPECT_EQ(hpJobSettings(settings, {}).contrast, L"-400");
   settings.brightness = 1;
-  EXPECT_EQ(jobSettings(settings).brightness, L"-12");
+  EXPECT_EQ(hpJobSettings(settings, {}).brightness, L"-12");
 }
 
 TEST(SettingsWithoutEffect, AreTold) {
   ScanSettings settings;
-  EXPECT_TRUE(settingsWithoutEffect(settings).empty());
+  EXPECT_TRUE(hpSettingsWithoutEffect(settings).empty());
   settings.colorMode = "BlackAndWhite";
-  EXPECT_TRUE(settingsWithoutEffect(settings).empty());
+  EXPECT_TRUE(hpSettingsWithoutEffect(settings).empty());
   settings.contrast = 5;
-  EXPECT_EQ(settingsWithoutEffect(settings).size(), 1U);
+  EXPECT_EQ(hpSettingsWithoutEffect(settings).size(), 1U);
   settings.resolution = "72x72";
-  EXPECT_EQ(settingsWithoutEffect(settings).size(), 2U);
+  EXPECT_EQ(hpSettingsWithoutEffect(settings).size(), 2U);
+}
+
+// Percent of the way from normal to one end of the range, to the nearest value.
+TEST(LowEndJobSettings, PercentCoverTheRangesOfTheDevice) {
+  const DeviceRanges ranges = {IPPMinMaxNormalStepData{-4, 10, 2, 0},
+                               IPPMinMaxNormalStepData{1, 9, 5, 0}};
+  const struct {
+    int brightness;
+    int contrast;
+    const wchar_t* darkness;
+    const wchar_t* hardness;
+  } rows[] = {
+      {0, 0, L"2", L"5"},    {100, 100, L"-4", L"9"}, {-100, -100, L"10", L"1"},
+      {50, 50, L"-1", L"7"}, {-50, -50, L"6", L"3"},  {1, 1, L"2", L"5"},
+      {-13, 13, L"3", L"6"},
+  };
+  for (const auto& row : rows) {
+    ScanSettings settings;
+    settings.brightness = row.brightness;
+    settings.contrast = row.contrast;
+    EXPECT_EQ(lowEndJobSettings(settings, ranges).brightness, row.darkness) << row.brightness;
+    EXPECT_EQ(lowEndJobSettings(settings, ranges).contrast, row.hardness) << row.contrast;
+    EXPECT_TRUE(settingsWithoutRange(settings, ranges).empty());
+  }
+}
+
+TEST(LowEndJobSettings, ARangeAsWideAsNumbersGoIsFine) {
+  const DeviceRanges ranges = {IPPMinMaxNormalStepData{-2147483647 - 1, 2147483647, 0, 0},
+                               std::nullopt};
+  ScanSettings settings;
+  settings.brightness = 100;
+  EXPECT_EQ(lowEndJobSettings(settings, ranges).brightness, L"-2147483648");
+  settings.brightness = -100;
+  EXPECT_EQ(lowEndJobSettings(settings, ranges).brightness, L"2147483647");
+}
+
+TEST(LowEndJobSettings, WithoutARangeZeroGoesOutAndTheUserIsTold) {
+  ScanSettings settings;
+  EXPECT_TRUE(settingsWithoutRange(settings, {}).empty());
+  settings.brightness = 30;
+  settings.contrast = -30;
+  EXPECT_EQ(lowEndJobSettings(settings, {}).brightness, L"0");
+  EXPECT_EQ(lowEndJobSettings(settings, {}).contrast, L"0");
+  EXPECT_EQ(settingsWithoutRange(settings, {}).size(), 2U);
+}
+
+TEST(LowEndJobSettings, WhatHasNoEffectIsTold) {
+  ScanSettings settings;
+  EXPECT_TRUE(lowEndSettingsWithoutEffect(settings).empty());
+  settings.resolution = "1200x1200";
+  EXPECT_EQ(lowEndSettingsWithoutEffect(settings).size(), 1U);
+  settings.colorMode = "Auto";
+  EXPECT_EQ(lowEndSettingsWithoutEffect(settings).size(), 2U);
+  settings.background = "On";
+  EXPECT_EQ(lowEndSettingsWithoutEffect(settings).size(), 3U);
+}
+
+TEST(PrintableText, NothingInItSteersATerminal) {
+  EXPECT_EQ(printableText("no paper"), "no paper");
+  EXPECT_EQ(printableText("\x1B[2Ja\r\nb\x7F\tc"), " [2Ja  b  c");
+  EXPECT_EQ(printableText("a\xC2\x9B"
+                          "2Jb"),
+            "a 2Jb");
+  EXPECT_EQ(printableText("Gr\xC3\xBC\xC3\x9F"
+                          "e, 5 \xC2\xB5m"),
+            "Gr\xC3\xBC\xC3\x9F"
+            "e, 5 \xC2\xB5m");
+  EXPECT_EQ(printableText(""), "");
+}
+
+TEST(PrintableText, ALongOneIsCutBetweenCharacters) {
+  EXPECT_EQ(printableText(std::string(400, 'x')), std::string(300, 'x') + "...");
+  const std::string text = std::string(299, 'x') + "\xE2\x82\xAC";
+  EXPECT_EQ(printableText(text), text);
+  EXPECT_EQ(printableText(text + "y"), text + "...");
 }
 
 }  // namespace

@@ -89,6 +89,28 @@ same warming-up "${small[@]}" --fault warming-up
 expect warming-up 11
 same stall "${small[@]}" --fault stall@read --timeout 1
 expect stall 12
+same lowend-faults virtual lowend --fault help
+low=(scan --virtual lowend --resolution 75 --out pages)
+same lowend "${low[@]}" --size 100x80mm
+expect lowend 0
+same lowend-bw "${low[@]}" --feeder 3 --mode bw --json
+expect lowend-bw 0
+[ "$(ls "$work/windows/lowend-bw/pages")" = "$(printf 'Image_%d.tif\n' 1 2 3)" ] ||
+  { failed=$((failed + 1)); echo "not three TIFF pages"; }
+same lowend-unicode scan --virtual lowend --resolution 75 --size a5 --out 'pages/Blätter 用紙'
+expect lowend-unicode 0
+same lowend-jam "${low[@]}" --feeder 2 --fault paper-jam
+expect lowend-jam 5
+same lowend-cancelled "${low[@]}" --fault cancelled
+expect lowend-cancelled 8
+same lowend-no-answer "${low[@]}" --fault empty@status
+expect lowend-no-answer 9
+same lowend-refused "${low[@]}" --fault 'refuse=no toner'
+expect lowend-refused 11
+same lowend-silent "${low[@]}" --fault silent-end --timeout 1
+expect lowend-silent 12
+same lowend-ranges ranges --virtual lowend --json
+expect lowend-ranges 0
 same bad-size scan --virtual hp --size a44 --out pages
 expect bad-size 2
 same no-device scan --device VID_FFFF --out pages

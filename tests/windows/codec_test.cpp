@@ -1,4 +1,5 @@
 // The virtual scanners' codec on this system's imaging component.
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <stdexcept>
@@ -11,6 +12,7 @@
 
 #include "tests/support/temporary_folder.h"
 #include "virtual/common/codec.h"
+#include "virtual/common/tiff_writer.h"
 
 namespace tvrscn::virtual_device {
 namespace {
@@ -79,6 +81,50 @@ TEST_F(Codec, ColoursSurviveTheWayThereAndBack) {
   ASSERT_EQ(grey.channels, 3);
   for (int channel = 0; channel < 3; ++channel)
     EXPECT_NEAR(grey.line(15)[60 + channel], 77, 2);
+}
+
+TEST_F(Codec, APageEncodedBandByBandIsTheWholePage) {
+  // Twice the band's lines and some; each line has its own level.
+  constexpr int kHeight = 2 * kBandLines + 10;
+  const PictureShape shape = {40, kHeight, 1, 200};
+  int calls = 0;
+  const Bytes jpeg = encodeJpeg(
+      shape,
+      [&](int firstLine, Raster& band) {
+        ++calls;
+        for (int y = 0; y < band.height; ++y)
+          std::fill_n(band.line(y), band.width, static_cast<std::uint8_t>(firstLine + y));
+      },
+      95);
+  EXPECT_EQ(calls, 3);
+  EXPECT_EQ(std::string(jpeg.begin(), jpeg.begin() + 4), "\xFF\xD8\xFF\xE0");
+  const std::string text(jpeg.begin(), jpeg.end());
+  EXPECT_NE(text.find("JFIF\0\x01\x01\x01\x00\xC8\x00\xC8"sv), std::string::npos);
+  const Raster page = decodeImageFile(write("page.jpg", jpeg));
+  ASSERT_EQ(page.width, 40);
+  ASSERT_EQ(page.height, kHeight);
+  for (const int line : {5, kBandLines - 1, kBandLines, kHeight - 3})
+    EXPECT_NEAR(page.line(line)[60], line, 3);
+}
+
+TEST_F(Codec, BlackAndWhiteFilesOfTheScannersAreReadable) {
+  for (const TiffCompression compression : {TiffCompression::kNone, TiffCompression::kGroup4}) {
+    TiffWriter writer(1, compression);
+    const Bytes file = writer.nextPage({70, 50, 1, 200}, [](int firstLine, Raster& band) {
+      // Black below the diagonal.
+      for (int y = 0; y < band.height; ++y) {
+        for (int x = 0; x < band.width; ++x)
+          band.line(y)[x] = x < firstLine + y ? 0 : 255;
+      }
+    });
+    const Raster picture = decodeImageFile(write("page.tif", file));
+    ASSERT_EQ(picture.width, 70);
+    ASSERT_EQ(picture.height, 50);
+    for (int y = 0; y < 50; ++y) {
+      for (int x = 0; x < 70; ++x)
+        ASSERT_EQ(picture.line(y)[3 * x], x < y ? 0 : 255) << x << ", " << y;
+    }
+  }
 }
 
 TEST_F(Codec, SeeThroughPartsLieOverWhite) {

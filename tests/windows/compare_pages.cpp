@@ -1,6 +1,6 @@
-// Compares the JPEG pages of two folders by name: size, resolution and picture have to agree. Made
-// for the pages of one job on two systems, whose encoders differ in rounding and in the components
-// that they give a grey page.
+// Compares the JPEG and TIFF pages of two folders by name: size, resolution and picture have to
+// agree. Made for the pages of one job on two systems, whose JPEG encoders differ in rounding and
+// in the components that they give a grey page. TIFF pages have to be the same in every pixel.
 //
 //   compare_pages FOLDER FOLDER
 //
@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <csetjmp>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include <jpeglib.h>
+#include <tiffio.h>
 
 namespace {
 
@@ -77,7 +79,42 @@ bool decode(std::FILE* file, Page& page) {
   return true;
 }
 
+// One page a file, as those of a job are.
+std::optional<Page> loadTiff(const fs::path& path) {
+  const std::unique_ptr<TIFF, void (*)(TIFF*)> file(TIFFOpen(path.c_str(), "r"), TIFFClose);
+  Page page;
+  if (file == nullptr || TIFFGetField(file.get(), TIFFTAG_IMAGEWIDTH, &page.width) != 1 ||
+      TIFFGetField(file.get(), TIFFTAG_IMAGELENGTH, &page.height) != 1) {
+    return std::nullopt;
+  }
+  std::uint16_t unit = RESUNIT_INCH;
+  float across = 0;
+  float down = 0;
+  TIFFGetFieldDefaulted(file.get(), TIFFTAG_RESOLUTIONUNIT, &unit);
+  TIFFGetField(file.get(), TIFFTAG_XRESOLUTION, &across);
+  TIFFGetField(file.get(), TIFFTAG_YRESOLUTION, &down);
+  page.density[0] = unit;
+  page.density[1] = static_cast<unsigned>(std::lround(across));
+  page.density[2] = static_cast<unsigned>(std::lround(down));
+  std::vector<std::uint32_t> pixels(std::size_t{page.width} * page.height);
+  if (TIFFReadRGBAImage(file.get(), page.width, page.height, pixels.data(), 1) != 1 ||
+      TIFFReadDirectory(file.get()) != 0) {
+    return std::nullopt;
+  }
+  for (const std::uint32_t pixel : pixels) {
+    page.pixels.push_back(static_cast<unsigned char>(TIFFGetR(pixel)));
+    page.pixels.push_back(static_cast<unsigned char>(TIFFGetG(pixel)));
+    page.pixels.push_back(static_cast<unsigned char>(TIFFGetB(pixel)));
+  }
+  return page;
+}
+
+bool isTiff(const fs::path& path) {
+  return path.extension() == ".tif";
+}
+
 std::optional<Page> load(const fs::path& path) {
+  if (isTiff(path)) return loadTiff(path);
   const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
   Page page;
   if (file == nullptr || !decode(file.get(), page)) return std::nullopt;
@@ -109,13 +146,14 @@ std::string compare(const fs::path& left, const fs::path& right, double& likenes
     return "resolutions differ";
   }
   likeness = psnr(*first, *second);
-  return likeness >= kLeastPsnr ? "" : "pictures differ";
+  return likeness >= (isTiff(left) ? kIdentical : kLeastPsnr) ? "" : "pictures differ";
 }
 
 std::set<std::string> pagesOf(const fs::path& folder) {
   std::set<std::string> names;
   for (const auto& entry : fs::directory_iterator(folder)) {
-    if (entry.path().extension() == ".jpg") names.insert(entry.path().filename().string());
+    if (entry.path().extension() == ".jpg" || isTiff(entry.path()))
+      names.insert(entry.path().filename().string());
   }
   return names;
 }

@@ -1,5 +1,5 @@
-// One set of jobs on a virtual scanner, for setting the pages of both systems side by side; see
-// compare-pages.sh. The same program is built for both.
+// One set of jobs on a virtual scanner of each family, for setting the pages of both systems side
+// by side; see compare-pages.sh. The same program is built for both.
 //
 //   page_jobs FOLDER
 //
@@ -14,8 +14,10 @@
 #include <string>
 #include <vector>
 
+#include "tests/e2e/job_end.h"
 #include "tests/e2e/system.h"
 #include "tvrscn/scan_client.h"
+#include "virtual/virtual_lowend_scanner.h"
 #include "virtual/virtual_scanner.h"
 
 namespace {
@@ -34,7 +36,7 @@ struct Job {
   int sheets;  // 0: flatbed
 };
 
-const Job kJobs[] = {
+const Job kHpJobs[] = {
     {"color", "FullColor", "300x300", L"0", L"0", 0},
     {"gray", "Grayscale", "300x300", L"0", L"0", 0},
     {"bw", "BlackAndWhite", "300x300", L"0", L"0", 0},
@@ -44,6 +46,12 @@ const Job kJobs[] = {
     {"gray-darker", "Grayscale", "150x150", L"160", L"-120", 0},
     {"bw-brighter", "BlackAndWhite", "150x150", L"-80", L"0", 0},
     {"bw-harder", "BlackAndWhite", "150x150", L"-80", L"240", 0},
+};
+
+const Job kLowEndJobs[] = {
+    {"lowend-color", "FullColor", "200x200", L"0", L"0", 0},
+    {"lowend-gray-darker", "Grayscale", "150x150", L"40", L"20", 0},
+    {"lowend-bw", "BlackAndWhite", "300x300", L"0", L"0", 2},
 };
 
 TevraScanUIData settingsOf(const Job& job) {
@@ -71,29 +79,37 @@ std::vector<fs::path> pagesIn(const fs::path& folder) {
   return pages;
 }
 
-void run(const Job& job, const fs::path& folder) {
-  HpScannerOptions options;
+template <class Options>
+Options loadedFor(const Job& job) {
+  Options options;
   options.jpegQuality = kEveryEncodersQuality;
   options.feeder = job.sheets != 0;
   options.sheets = job.sheets;
-  const auto scanner = startHpScanner(options, {});
-  tvrscn::test::setVariable("TVRSCN_DEVICE_PATH", scanner->placement().deviceFolder.string());
+  return options;
+}
+
+void run(const Job& job, ControllerType family, const RunningScanner& scanner,
+         const fs::path& folder) {
+  tvrscn::test::setVariable("TVRSCN_DEVICE_PATH", scanner.placement().deviceFolder.string());
 
   const fs::path pages = folder / "job";
   fs::create_directories(pages);
-  CScanUSBClient client(CONTROLLER_HP);
+  CScanUSBClient client(family);
   client.InitExceptionStrings(nullptr);
   client.SetUsingTevraUI(0);
-  client.InitScanConfigInfo("scanner", "VID_0A7E&PID_1F48&MI_00", L"label");
+  client.InitScanConfigInfo("scanner", scanner.placement().instanceId, L"label");
   TevraScanUIData settings = settingsOf(job);
-  TVR_FP_CALLBACK callback = {};
-  callback.pfnNotify = [](ScanNotification*, void*) {};
-  if (client.Scan(settings, &callback, pages.wstring(), nullptr) != 0)
+  tvrscn::test::JobEnd end;
+  if (client.Scan(settings, end.callback(), pages.wstring(), nullptr) != 0 ||
+      end.type() != NOTIFY_JOB_COMPLETE)
     throw std::runtime_error(std::string("the job failed: ") + job.name);
 
   int number = 0;
-  for (const fs::path& page : pagesIn(pages))
-    fs::rename(page, folder / (std::string(job.name) + "-" + std::to_string(++number) + ".jpg"));
+  for (const fs::path& page : pagesIn(pages)) {
+    std::string extension = page.extension().string();
+    if (extension == ".JPG") extension = ".jpg";
+    fs::rename(page, folder / (std::string(job.name) + "-" + std::to_string(++number) + extension));
+  }
   fs::remove(pages);
   if (number == 0) throw std::runtime_error(std::string("no page came: ") + job.name);
 }
@@ -106,8 +122,12 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    for (const Job& job : kJobs)
-      run(job, argv[1]);
+    for (const Job& job : kHpJobs)
+      run(job, CONTROLLER_HP, *startHpScanner(loadedFor<HpScannerOptions>(job), {}), argv[1]);
+    for (const Job& job : kLowEndJobs) {
+      const auto options = loadedFor<LowEndScannerOptions>(job);
+      run(job, CONTROLLER_LOWEND, *startLowEndScanner(options, lowEndPlacement()), argv[1]);
+    }
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "page_jobs: %s\n", error.what());

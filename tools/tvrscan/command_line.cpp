@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <regex>
 
 #include <CLI/CLI.hpp>
 
+#include "families.h"
 #include "system.h"
-#include "virtual/virtual_scanner.h"
 #include "words.h"
 
 namespace tvrscn::cli {
@@ -19,6 +20,7 @@ Examples:
   tvrscan scan --out ~/scans
   tvrscan scan --device 'VID_0A7E&PID_1F48&MI_00' --mode gray --resolution 200 --size letter
   tvrscan scan --virtual hp --feeder 3 --sides two --name 'page-%03d'
+  tvrscan scan --virtual lowend --mode bw --name 'fax-%03d'
   tvrscan virtual hp --flatbed
 
 tvrscan help exit-codes lists how it ends, tvrscan help sizes the page sizes, tvrscan help faults
@@ -34,8 +36,8 @@ ever replaced. 'tvrscan help exit-codes' tells what the exit code means.)";
 
 [[noreturn]] void refuseWord(const std::string& option, const std::string& word,
                              const std::vector<std::string>& words, const std::string& hint) {
-  const std::string near = suggestion(word, words);
-  refuse(option, "'" + word + "' is unknown; " + (near.empty() ? hint : near));
+  const std::string guess = suggestion(word, words);
+  refuse(option, "'" + word + "' is unknown; " + (guess.empty() ? hint : guess));
 }
 
 // An option whose word stands for a text of the settings.
@@ -60,14 +62,25 @@ CLI::Option* addPath(CLI::App& app, const std::string& option, const std::string
       option, [&target](const std::string& word) { target = pathOf(word); }, description);
 }
 
-void requireServed(const std::string& option, const std::string& word) {
-  const std::string family = lowerCase(word);
-  if (family == "qz" || family == "lowend") {
+// The family of a word. Throws what the user has to be told of any other.
+const Family& servedFamily(const std::string& option, const std::string& word) {
+  if (const Family* family = findFamily(word)) return *family;
+  if (lowerCase(word) == "qz") {
     throw UsageProblem{ExitCode::kNotSupported,
-                       option + ": the family " + family + " is not served by this version yet"};
+                       option + ": the family qz is not served by this version yet"};
   }
-  if (family != "hp")
-    refuseWord(option, word, {"hp", "qz", "lowend"}, "the families are hp, qz and lowend");
+  std::vector<std::string> words;
+  for (const Family& family : families())
+    words.emplace_back(family.word);
+  refuseWord(option, word, words, "the families are " + familyList());
+}
+
+// The form of an instance id: three parts, of which the middle one is a hardware id.
+bool isInstanceId(const std::string& text) {
+  constexpr std::size_t kLongest = 120;
+  static const std::regex form(
+      R"(USB\\VID_[0-9A-F]{4}&PID_[0-9A-F]{4}(&MI_[0-9A-F]{2})?\\[0-9A-Z_.&-]+)");
+  return text.size() <= kLongest && std::regex_match(text, form);
 }
 
 CLI::Option* addPercent(CLI::App& app, const std::string& option, const std::string& description,
@@ -111,18 +124,23 @@ void addDevice(CLI::App& app, DeviceOptions& target) {
   auto* inProcess = app.add_option_function<std::string>(
       "--virtual",
       [&target](const std::string& word) {
-        requireServed("--virtual", word);
+        target.family = &servedFamily("--virtual", word);
         target.useVirtual = true;
       },
       "scan with a software scanner of this family");
   inProcess->type_name("FAMILY")->excludes(device);
+  // Read behind --virtual, wherever it stands.
   app.add_option_function<std::string>(
          "--family",
          [&target](const std::string& word) {
-           requireServed("--family", word);
-           target.family = lowerCase(word);
+           const Family& family = servedFamily("--family", word);
+           if (target.useVirtual && target.family != &family) {
+             refuse("--family", std::string("the scanner of --virtual is of the family ") +
+                                    target.family->word);
+           }
+           target.family = &family;
          },
-         "device family: hp (the default)")
+         "device family: " + familyList() + " (default " + families().front().word + ")")
       ->type_name("FAMILY");
   addVirtual(app, target.virtualOptions);
   for (const char* option : {"--page", "--feeder", "--flatbed", "--fault"}) {
@@ -192,23 +210,53 @@ void addRanges(CLI::App& root, RangesOptions& target) {
   app.add_flag("--json", target.json, "write one JSON object to standard output");
 }
 
+void addInstanceId(CLI::App& app, std::string& target) {
+  app.add_option_function<std::string>(
+         "--instance-id",
+         [&target](const std::string& word) {
+           target = upperCase(word);
+           if (isInstanceId(target)) return;
+           refuse("--instance-id", "'" + word +
+                                       "' is no instance id; write for instance "
+                                       R"(USB\VID_0A7E&PID_1F48&MI_00\SECOND)");
+         },
+         "id to register as, for more than one scanner at a time")
+      ->type_name("ID");
+}
+
 void addVirtualCommand(CLI::App& root, VirtualCommandOptions& target) {
   CLI::App& app = *root.add_subcommand("virtual", "Run a software scanner until Ctrl-C");
   app.require_subcommand(1);
-  CLI::App& hp = *app.add_subcommand("hp", "A scanner of the HP family");
-  hp.add_option("--listen", target.listen, "path of its endpoint (default: a private one)")
-      ->type_name("PATH");
-  addPath(hp, "--device-folder",
-          "where it registers (default: $TVRSCN_DEVICE_PATH, else the user's)", target.deviceFolder)
-      ->type_name("FOLDER");
-  addVirtual(hp, target.scanner);
+  for (const Family& family : families()) {
+    CLI::App& scanner = *app.add_subcommand(
+        family.word, std::string("A scanner of the ") + family.title + " family");
+    scanner.final_callback([&target, &family] { target.family = &family; });
+    scanner.add_option("--listen", target.listen, "path of its endpoint (default: a private one)")
+        ->type_name("PATH");
+    addInstanceId(scanner, target.instanceId);
+    addPath(scanner, "--device-folder",
+            "where it registers (default: $TVRSCN_DEVICE_PATH, else the user's)",
+            target.deviceFolder)
+        ->type_name("FOLDER");
+    addVirtual(scanner, target.scanner);
+  }
+}
+
+// The faults of all software scanners.
+std::string faultHelp() {
+  std::string text;
+  for (const Family& family : families()) {
+    text += (text.empty() ? "" : "\n") + std::string("Faults of 'tvrscan virtual ") + family.word +
+            "' and 'tvrscan scan --virtual " + family.word + "':\n\n" + family.faultHelp();
+  }
+  return text;
 }
 
 std::string topicText(const std::string& topic, const CLI::App& root) {
   if (topic.empty()) return root.help();
   if (topic == "exit-codes") return exitCodeHelp();
   if (topic == "sizes") return pageSizeHelp();
-  if (topic == "faults") return virtual_device::hpFaultHelp();
+  if (topic == "faults") return faultHelp();
   for (const CLI::App* app : root.get_subcommands([](const CLI::App*) { return true; })) {
     if (app->get_name() == topic) return app->help();
   }
@@ -217,10 +265,9 @@ std::string topicText(const std::string& topic, const CLI::App& root) {
              "the topics are exit-codes, sizes, faults and the commands");
 }
 
-void checkFaults(const VirtualOptions& options) {
-  virtual_device::HpScannerOptions scratch;
+void checkFaults(const VirtualOptions& options, const Family& family) {
   for (const std::string& fault : options.faults) {
-    const std::string problem = virtual_device::addHpFault(scratch, fault);
+    const std::string problem = family.faultProblem(fault);
     if (!problem.empty()) throw UsageProblem{ExitCode::kUsage, "--fault: " + problem};
   }
 }
@@ -255,8 +302,8 @@ UsageProblem usageProblem(const CLI::ParseError& error, const CLI::App& root) {
       return extra.starts_with("-");
     });
     const std::string& word = option != extras.end() ? *option : extras.front();
-    const std::string near = suggestion(word.substr(0, word.find('=')), wordsOf(*app));
-    text = "'" + word + "' is not expected here" + (near.empty() ? "" : "; " + near);
+    const std::string guess = suggestion(word.substr(0, word.find('=')), wordsOf(*app));
+    text = "'" + word + "' is not expected here" + (guess.empty() ? "" : "; " + guess);
   }
   return {ExitCode::kUsage, text + "\nTry '" + commands + " --help'."};
 }
@@ -264,6 +311,8 @@ UsageProblem usageProblem(const CLI::ParseError& error, const CLI::App& root) {
 class Parser {
  public:
   Parser() {
+    for (DeviceOptions* device : {&scan_.device, &ranges_.device})
+      device->family = &families().front();
     root_.name("tvrscan");
     // A word that begins with a slash is a path on every system.
     root_.allow_windows_style_options(false);
@@ -304,11 +353,12 @@ class Parser {
   Command command() const {
     if (root_.got_subcommand("help")) return HelpOptions{topicText(topic_, root_)};
     if (root_.got_subcommand("devices")) return devices_;
-    const VirtualOptions& options = root_.got_subcommand("scan")     ? scan_.device.virtualOptions
-                                    : root_.got_subcommand("ranges") ? ranges_.device.virtualOptions
-                                                                     : virtual_.scanner;
-    if (asksForFaultHelp(options)) return HelpOptions{virtual_device::hpFaultHelp()};
-    checkFaults(options);
+    const bool own = root_.got_subcommand("virtual");
+    const DeviceOptions& device = root_.got_subcommand("scan") ? scan_.device : ranges_.device;
+    const VirtualOptions& options = own ? virtual_.scanner : device.virtualOptions;
+    const Family& family = own ? *virtual_.family : *device.family;
+    if (asksForFaultHelp(options)) return HelpOptions{family.faultHelp()};
+    checkFaults(options, family);
     if (root_.got_subcommand("scan")) return scan_;
     if (root_.got_subcommand("ranges")) return ranges_;
     return virtual_;

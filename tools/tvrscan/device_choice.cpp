@@ -4,6 +4,7 @@
 #include <array>
 #include <system_error>
 
+#include "families.h"
 #include "page_store.h"
 #include "system.h"
 #include "words.h"
@@ -47,38 +48,33 @@ void ProcessFolder::cleanUp() noexcept {
   fs::remove_all(path_, ignored);
 }
 
-virtual_device::HpScannerOptions scannerOptions(const VirtualOptions& options) {
-  virtual_device::HpScannerOptions scanner;
-  scanner.pageFiles = options.pageFiles;
-  // Several pictures do not lie on the glass at once.
-  scanner.feeder = options.feederSheets > 0 || (!options.flatbed && options.pageFiles.size() > 1);
-  if (options.feederSheets > 0) {
-    scanner.sheets = options.feederSheets;
-  } else if (options.pageFiles.size() > 1) {
-    scanner.sheets = static_cast<int>(options.pageFiles.size());
-  }
-  for (const std::string& fault : options.faults)
-    virtual_device::addHpFault(scanner, fault);
-  return scanner;
+CScanUSBClient& processClient(ControllerType controller) {
+  static CScanUSBClient& client = *new CScanUSBClient(controller);
+  return client;
 }
 
-CScanUSBClient& processClient() {
-  static CScanUSBClient& client = *new CScanUSBClient(CONTROLLER_HP);
-  return client;
+virtual_device::Placement placementAs(const virtual_device::Placement& usual,
+                                      const std::string& instanceId) {
+  virtual_device::Placement placement = usual;
+  placement.instanceId = instanceId;
+  placement.name = instanceId;
+  std::replace(placement.name.begin(), placement.name.end(), '\\', '#');
+  return placement;
 }
 
 DeviceChoice::DeviceChoice(const DeviceOptions& options, const ProcessFolder& folder)
     : options_(options) {
   if (!options_.useVirtual) return;
-  virtual_device::Placement placement;
+  // An id of its own: on some systems it stands in one list with the devices of other processes.
+  const virtual_device::Placement usual = options_.family->placement();
+  virtual_device::Placement placement =
+      placementAs(usual, "USB\\" + hardwareIdOf(usual.instanceId) + "\\" +
+                             upperCase(textOf(folder.path().filename())));
   placement.socket = folder.path() / "endpoint";
   placement.deviceFolder = folder.path() / "devices";
   fs::create_directories(placement.deviceFolder);
-  // A name of its own: on some systems it stands in one list with the devices of other processes.
-  placement.instanceId =
-      "USB\\VID_0A7E&PID_1F48&MI_00\\" + upperCase(textOf(folder.path().filename()));
   setEnvironment("TVRSCN_DEVICE_PATH", textOf(placement.deviceFolder));
-  scanner_ = virtual_device::startHpScanner(scannerOptions(options_.virtualOptions), placement);
+  scanner_ = options_.family->startScanner(options_.virtualOptions, placement);
   options_.hardwareId = upperCase(scanner_->placement().instanceId);
 }
 

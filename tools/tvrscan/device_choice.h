@@ -32,11 +32,14 @@ class ProcessFolder {
   std::filesystem::path path_;
 };
 
-virtual_device::HpScannerOptions scannerOptions(const VirtualOptions& options);
+// The client of this process, made at the first call for the family of its one device. It stays
+// until the end: a client that goes leaves its controller and the open device behind in any case.
+CScanUSBClient& processClient(ControllerType controller);
 
-// The client of this process, made at the first call. It stays until the end: a client that goes
-// leaves its controller and the open device behind in any case.
-CScanUSBClient& processClient();
+// The placement of a virtual scanner that has another instance id than usual, under a name that no
+// scanner with a third one has.
+virtual_device::Placement placementAs(const virtual_device::Placement& usual,
+                                      const std::string& instanceId);
 
 class DeviceChoice {
  public:

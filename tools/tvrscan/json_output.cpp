@@ -37,12 +37,14 @@ std::string pageLine(const StoredPage& page) {
   return line(object);
 }
 
-std::string rangeLine(const std::string& name, const IPPMinMaxNormalStepData& range) {
+std::string rangeLine(const std::string& name, const std::string& larger,
+                      const IPPMinMaxNormalStepData& range) {
   return line({{"event", "range"},
                {"setting", name},
                {"min", range.Min},
                {"max", range.Max},
-               {"normal", range.Normal}});
+               {"normal", range.Normal},
+               {"larger", larger}});
 }
 
 std::string endLine(const Outcome& outcome, const std::vector<StoredPage>& pages) {

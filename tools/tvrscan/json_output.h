@@ -15,7 +15,9 @@ namespace tvrscn::cli {
 
 std::string deviceLine(const Device& device, const std::string& family);
 std::string pageLine(const StoredPage& page);
-std::string rangeLine(const std::string& name, const IPPMinMaxNormalStepData& range);
+// larger is what a larger value makes the page.
+std::string rangeLine(const std::string& name, const std::string& larger,
+                      const IPPMinMaxNormalStepData& range);
 std::string endLine(const Outcome& outcome, const std::vector<StoredPage>& pages);
 
 }  // namespace tvrscn::cli

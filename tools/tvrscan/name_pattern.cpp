@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t kLongestName = 200;
 constexpr std::size_t kMostDigits = 9;
+constexpr std::size_t kExtensionLength = 4;
 
 bool isDigit(char letter) {
   return letter >= '0' && letter <= '9';
@@ -22,7 +23,7 @@ bool isForbidden(char letter) {
 }
 
 void dropExtension(std::string& text) {
-  for (const char* extension : {".jpg", ".jpeg"}) {
+  for (const char* extension : {".jpg", ".jpeg", ".tif", ".tiff"}) {
     if (lowerCase(text).ends_with(extension)) {
       text.resize(text.size() - std::string_view(extension).size());
       return;
@@ -45,7 +46,7 @@ std::size_t takeConversion(std::string_view text, int& width) {
 
 }  // namespace
 
-NamePattern::NamePattern() : prefix_("Image_"), suffix_(".jpg") {}
+NamePattern::NamePattern() : prefix_("Image_") {}
 
 std::optional<NamePattern> NamePattern::parse(std::string_view text, std::string& problem) {
   NamePattern pattern;
@@ -74,7 +75,7 @@ std::optional<NamePattern> NamePattern::parse(std::string_view text, std::string
     index += taken;
   }
   dropExtension(part);
-  pattern.suffix_ = part + ".jpg";
+  pattern.suffix_ = part;
   const std::string whole = pattern.prefix_ + pattern.suffix_;
   if (!numbered) {
     problem = "it has no number; write for instance 'page-%03d'";
@@ -83,7 +84,7 @@ std::optional<NamePattern> NamePattern::parse(std::string_view text, std::string
         "a file name cannot hold / \\ : * ? \" < > | or control characters; --out names the folder";
   } else if (pattern.prefix_.starts_with(".")) {
     problem = "a name that begins with a dot is hidden";
-  } else if (whole.size() > kLongestName) {
+  } else if (whole.size() + kExtensionLength > kLongestName) {
     problem = "it is longer than " + std::to_string(kLongestName) + " letters";
   } else {
     return pattern;
@@ -91,15 +92,18 @@ std::optional<NamePattern> NamePattern::parse(std::string_view text, std::string
   return std::nullopt;
 }
 
-std::string NamePattern::fileName(int number) const {
+std::string NamePattern::fileName(int number, std::string_view extension) const {
   std::string digits = std::to_string(number);
   const auto width = static_cast<std::size_t>(width_);
   if (digits.size() < width) digits.insert(0, width - digits.size(), '0');
-  return prefix_ + digits + suffix_;
+  std::string name = prefix_ + digits + suffix_;
+  return name.append(extension);
 }
 
 int NamePattern::numberOf(std::string_view fileName) const {
-  const std::string name = lowerCase(fileName);
+  std::string name = lowerCase(fileName);
+  if (!name.ends_with(".jpg") && !name.ends_with(".tif")) return 0;
+  name.resize(name.size() - kExtensionLength);
   const std::string prefix = lowerCase(prefix_);
   const std::string suffix = lowerCase(suffix_);
   if (name.size() <= prefix.size() + suffix.size()) return 0;

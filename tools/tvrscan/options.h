@@ -12,6 +12,8 @@
 
 namespace tvrscn::cli {
 
+struct Family;
+
 // A software scanner: in this process for scan and ranges, as a process for virtual.
 struct VirtualOptions {
   std::vector<std::filesystem::path> pageFiles;
@@ -21,9 +23,9 @@ struct VirtualOptions {
 };
 
 struct DeviceOptions {
-  std::string hardwareId;   // of --device, in upper case
-  bool useVirtual = false;  // --virtual
-  std::string family = "hp";
+  std::string hardwareId;          // of --device, in upper case
+  bool useVirtual = false;         // --virtual
+  const Family* family = nullptr;  // never null once the command line is understood
   VirtualOptions virtualOptions;
 };
 
@@ -60,8 +62,10 @@ struct RangesOptions {
 };
 
 struct VirtualCommandOptions {
+  const Family* family = nullptr;  // never null once the command line is understood
   VirtualOptions scanner;
   std::string listen;                  // empty: chosen
+  std::string instanceId;              // in upper case; empty: the family's own
   std::filesystem::path deviceFolder;  // empty: the user's
 };
 

@@ -1,13 +1,13 @@
 #include "page_store.h"
 
 #include <algorithm>
-#include <array>
-#include <fstream>
 #include <system_error>
 #include <utility>
 
+#include "image_check.h"
 #include "platform/identity_text.h"
 #include "system.h"
+#include "words.h"
 
 namespace tvrscn::cli {
 
@@ -16,6 +16,34 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kHighestNumber = 999'999'999;
+
+// The files that devices deliver, by their extension.
+struct Format {
+  const char* extension;  // in lower case
+  bool (*isWhole)(const fs::path& file);
+};
+constexpr Format kFormats[] = {{".jpg", isWholeJpeg}, {".tif", isWholeTiff}};
+
+const Format* formatOf(const fs::path& file) {
+  const std::string extension = lowerCase(textOf(file.extension()));
+  for (const Format& format : kFormats) {
+    if (extension == format.extension) return &format;
+  }
+  return nullptr;
+}
+
+bool hasRoom(const fs::path& folder) {
+  constexpr std::uintmax_t kLeastRoom = 1024 * 1024;
+  std::error_code error;
+  const fs::space_info space = fs::space(folder, error);
+  return !error && space.available >= kLeastRoom;
+}
+
+bool isAscii(const fs::path& path) {
+  const std::string text = textOf(path);
+  return std::all_of(text.begin(), text.end(),
+                     [](char letter) { return static_cast<unsigned char>(letter) < 0x80; });
+}
 
 int highestNumber(const fs::path& folder, const NamePattern& pattern) {
   int highest = 0;
@@ -29,18 +57,6 @@ int highestNumber(const fs::path& folder, const NamePattern& pattern) {
 
 }  // namespace
 
-bool isWholeJpeg(const fs::path& file) {
-  constexpr std::array<char, 2> kStart = {'\xFF', '\xD8'};
-  constexpr std::array<char, 2> kEnd = {'\xFF', '\xD9'};
-  std::ifstream stream(file, std::ios::binary);
-  std::array<char, 2> bytes = {};
-  stream.read(bytes.data(), bytes.size());
-  if (!stream || bytes != kStart) return false;
-  stream.seekg(-2, std::ios::end);
-  stream.read(bytes.data(), bytes.size());
-  return stream && bytes == kEnd;
-}
-
 PageStore::PageStore(const fs::path& folder, const NamePattern& pattern)
     : folder_(folder), pattern_(pattern) {
   std::error_code error;
@@ -50,17 +66,33 @@ PageStore::PageStore(const fs::path& folder, const NamePattern& pattern)
                       (error ? ": " + error.message() : ""));
   }
   try {
-    delivery_ = createPrivateFolder(folder_, ".tvrscan-");
+    private_ = createPrivateFolder(folder_, ".tvrscan-");
   } catch (const std::system_error& failure) {
     throw OutputError("the folder " + textOf(folder_) +
                       " cannot be written: " + failure.code().message());
   }
+  delivery_ = private_;
   nextNumber_ = highestNumber(folder_, pattern_) + 1;
   firstNumber_ = nextNumber_;
 }
 
 PageStore::~PageStore() {
   cleanUp();
+}
+
+void PageStore::deliverInAscii(const fs::path& other) {
+  if (isAscii(private_)) return;
+  if (!isAscii(other)) {
+    throw OutputError("neither the folder " + textOf(folder_) +
+                      " nor the one for temporary files, " + textOf(other.parent_path()) +
+                      ", has a name of plain ASCII letters, which this device's driver needs");
+  }
+  delivery_ = other / "pages";
+  std::error_code error;
+  fs::create_directory(delivery_, error);
+  if (error) {
+    throw OutputError("the folder " + textOf(delivery_) + " cannot be made: " + error.message());
+  }
 }
 
 // The standard library converts by the locale of the process; the library takes UTF-8 in any.
@@ -84,27 +116,45 @@ const StoredPage& PageStore::store(const std::string& deliveredPath) {
   const std::string name = deliveredPath.substr(deliveredPath.find_last_of("/\\") + 1);
   const fs::path delivered = delivery_ / pathOf(name);
   const std::string page = "page " + std::to_string(pages_.size() + 1);
-  if (!isWholeJpeg(delivered)) {
-    throw OutputError(page + " could not be stored: " + textOf(delivered) +
-                      " was not written, or not whole");
+  const Format* format = formatOf(delivered);
+  if (format == nullptr || !format->isWhole(delivered)) {
+    throw UnusablePage(
+        page + " could not be stored: " + textOf(delivered) + " was not written, or not whole",
+        fs::exists(delivered) && hasRoom(delivery_));
   }
   const std::uintmax_t bytes = fs::file_size(delivered);
-  fs::path target = claimName();
   std::error_code error;
-  fs::rename(delivered, target, error);
+  const fs::path moved = broughtNear(delivered, error);
+  fs::path target;
+  if (!error) {
+    target = claimName(format->extension);
+    fs::rename(moved, target, error);
+  }
   if (error) {
     std::error_code ignored;
-    fs::remove(target, ignored);
-    throw OutputError(page + " could not be stored as " + textOf(target) + ": " + error.message());
+    if (!target.empty()) fs::remove(target, ignored);
+    throw OutputError(page + " could not be stored" +
+                      (target.empty() ? "" : " as " + textOf(target)) + ": " + error.message());
   }
   pages_.push_back({static_cast<int>(pages_.size()) + 1, std::move(target), bytes});
   return pages_.back();
 }
 
+// Onto the file system of the user's folder, where moving it replaces a name at once or not at all.
+fs::path PageStore::broughtNear(const fs::path& delivered, std::error_code& error) const {
+  if (delivery_ == private_) return delivered;
+  fs::path moved = private_ / delivered.filename();
+  fs::copy_file(delivered, moved, fs::copy_options::overwrite_existing, error);
+  std::error_code ignored;
+  fs::remove(delivered, ignored);
+  return moved;
+}
+
 // The name is taken by making the file, so that two programs cannot settle on the same one.
-fs::path PageStore::claimName() {
+fs::path PageStore::claimName(std::string_view extension) {
   while (nextNumber_ <= kHighestNumber) {
-    fs::path target = (folder_ / pathOf(pattern_.fileName(nextNumber_))).lexically_normal();
+    fs::path target =
+        (folder_ / pathOf(pattern_.fileName(nextNumber_, extension))).lexically_normal();
     ++nextNumber_;
     try {
       if (createNewFile(target)) return target;
@@ -124,9 +174,10 @@ std::uintmax_t PageStore::bytesStored() const {
 }
 
 void PageStore::cleanUp() noexcept {
-  if (delivery_.empty()) return;
   std::error_code ignored;
-  fs::remove_all(delivery_, ignored);
+  for (const fs::path& folder : {private_, delivery_}) {
+    if (!folder.empty()) fs::remove_all(folder, ignored);
+  }
 }
 
 }  // namespace tvrscn::cli

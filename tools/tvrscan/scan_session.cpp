@@ -27,14 +27,17 @@ std::string plainText(const wchar_t* line) {
 }  // namespace
 
 ScanSession::ScanSession(Reporter& reporter, PageStore& pages, ProcessFolder& folder,
-                         DeviceChoice& choice, StopRequests& stop, std::chrono::seconds timeout)
+                         DeviceChoice& choice, StopRequests& stop, std::chrono::seconds timeout,
+                         const Family& family)
     : reporter_(reporter),
       pages_(pages),
       folder_(folder),
       choice_(choice),
       stop_(stop),
+      family_(family),
       timeout_(timeout),
       callback_{&ScanSession::onNotification, this},
+      report_(family.makeReport(pages.deliveryFolder())),
       silence_(Silence::Clock::now()),
       lastProgress_(Silence::Clock::now()) {
   CTevraLogger::GetLogInstance()->SetLineListener(&ScanSession::onLogLine, this);
@@ -52,16 +55,25 @@ void ScanSession::onLogLine(const wchar_t* line, void* context) {
 }
 
 void ScanSession::onNotification(ScanNotification* notification, void* context) {
-  // All others say less than the log lines that came before them.
-  if (notification->type != NOTIFY_IMAGE_READY) return;
-  const char* text = static_cast<const char*>(notification->text);
-  const char* end = std::find(text, text + kScanNotificationTextSize, '\0');
-  static_cast<ScanSession*>(context)->onPage(std::string(text, end));
+  auto* session = static_cast<ScanSession*>(context);
+  if (notification->type == NOTIFY_IMAGE_READY) {
+    const char* text = static_cast<const char*>(notification->text);
+    const char* end = std::find(text, text + kScanNotificationTextSize, '\0');
+    session->onPage(std::string(text, end));
+  }
+  session->onType(notification->type);
+}
+
+void ScanSession::onType(NotificationType type) {
+  const std::lock_guard lock(mutex_);
+  silence_.onSign(Silence::Clock::now());
+  report_->onNotification(type);
+  heard_.notify_all();
 }
 
 void ScanSession::onLine(const wchar_t* line) {
   const std::lock_guard lock(mutex_);
-  if (report_.onLogLine(plainText(line))) silence_.onSign(Silence::Clock::now());
+  if (report_->onLogLine(plainText(line))) silence_.onSign(Silence::Clock::now());
 }
 
 void ScanSession::onPage(const std::string& path) {
@@ -69,11 +81,12 @@ void ScanSession::onPage(const std::string& path) {
   silence_.onSign(Silence::Clock::now());
   try {
     reporter_.page(pages_.store(path));
-    report_.onPageStored();
+    report_->onPageStored();
+  } catch (const UnusablePage& failure) {
+    report_->onFileUnusable(failure.what(), failure.hadRoom);
+    reporter_.console().problem(failure.what());
   } catch (const std::exception& failure) {
-    report_.onPageLost(failure.what(),
-                       "Make room on the disk of the --out folder, then scan that page again. If "
-                       "there is room, the device sent data that is no image.");
+    report_->onPageLost(failure.what(), kRoomRemedy);
     reporter_.console().problem(failure.what());
   }
 }
@@ -99,16 +112,15 @@ void ScanSession::showProgress() {
   const std::size_t stored = pages_.pages().size();
   std::string text = pageText(stored) + ", " + byteText(pages_.bytesStored()) + " stored, " +
                      timeText(reporter_.elapsed());
-  if (report_.bytesOfPage() > 0 && report_.pagesReceived() == static_cast<int>(stored)) {
-    text += "; page " + std::to_string(stored + 1) + ": " + byteText(report_.bytesOfPage());
-  }
+  const std::string activity = report_->activity();
+  if (!activity.empty()) text += "; " + activity;
   reporter_.console().progress(text);
 }
 
 void ScanSession::checkSilence() {
   const auto now = Silence::Clock::now();
   const Silence::Seconds length = silence_.length(now);
-  const std::string waiting = "waiting for " + report_.waitingFor();
+  const std::string waiting = "waiting for " + report_->waitingFor();
   if (timeout_.count() > 0 && length >= timeout_) {
     endProcessWith(
         {ExitCode::kTimeout,
@@ -138,22 +150,41 @@ void ScanSession::interrupt() {
   const std::unique_lock lock(mutex_, kPatience);
   if (!lock.owns_lock()) endProcess(static_cast<int>(ExitCode::kInterrupted));
   endProcessWith({ExitCode::kInterrupted,
-                  "the scan was interrupted while waiting for " + report_.waitingFor(),
+                  "the scan was interrupted while waiting for " + report_->waitingFor(),
                   "",
                   "",
                   {}});
 }
 
-void ScanSession::useDevice(const Device& device, const std::string& family) {
+void ScanSession::useDevice(const Device& device) {
   const std::lock_guard lock(mutex_);
   deviceName_ = device.hardwareId;
-  reporter_.device(device, family);
+  reporter_.device(device, family_.word);
 }
 
+void ScanSession::tell(const std::vector<std::string>& notes) {
+  const std::lock_guard lock(mutex_);
+  for (const std::string& note : notes)
+    reporter_.console().note(note);
+}
+
+// The worker of a job that goes on tells its end by a notification, and then clears away a few
+// words of its own; nothing tells when it has. Nobody has to know: the session's lock is the last
+// thing of this program that the callback touches, the controller stays to the end of the process,
+// and no other job is started on it.
 int ScanSession::finish(long scanResult) {
+  std::unique_lock lock(mutex_);
+  report_->onScanReturned(scanResult);
+  if (scanResult == 0) heard_.wait(lock, [this] { return report_->isOver(); });
+  over_ = true;
+  return reporter_.end(report_->outcome(scanResult), pages_.pages());
+}
+
+int ScanSession::finishAfterException(const std::string& what) {
   const std::lock_guard lock(mutex_);
   over_ = true;
-  return reporter_.end(report_.outcome(scanResult), pages_.pages());
+  report_->onScanThrew(what);
+  return reporter_.end(report_->outcome(1), pages_.pages());
 }
 
 int ScanSession::finish(const Outcome& outcome) {

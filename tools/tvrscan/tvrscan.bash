@@ -22,7 +22,7 @@ _tvrscan_words() {
 _tvrscan_value() {
   case "$1" in
     --device) _tvrscan_words "$(_tvrscan_devices)" "$2" ;;
-    --virtual | --family) _tvrscan_words "hp" "$2" ;;
+    --virtual | --family) _tvrscan_words "hp lowend" "$2" ;;
     --resolution) _tvrscan_words "75 100 150 200 300 400 600 1200" "$2" ;;
     --mode) _tvrscan_words "color gray bw auto" "$2" ;;
     --sides) _tvrscan_words "one two flip" "$2" ;;
@@ -34,7 +34,7 @@ _tvrscan_value() {
     --out | -o | --device-folder) _tvrscan_folders "$2" ;;
     --page | --log | --listen) _tvrscan_files "$2" ;;
     --fault) _tvrscan_words "help" "$2" ;;
-    --name | --brightness | --contrast | --timeout | --feeder) COMPREPLY=() ;;
+    --name | --instance-id | --brightness | --contrast | --timeout | --feeder) COMPREPLY=() ;;
     *) return 1 ;;
   esac
 }
@@ -62,9 +62,9 @@ _tvrscan() {
     ranges) _tvrscan_words "$choice $scanner --json --help" "$current" ;;
     virtual)
       if ((COMP_CWORD == 2)); then
-        _tvrscan_words "hp --help" "$current"
+        _tvrscan_words "hp lowend --help" "$current"
       else
-        _tvrscan_words "$scanner --listen --device-folder --help" "$current"
+        _tvrscan_words "$scanner --listen --instance-id --device-folder --help" "$current"
       fi
       ;;
     help) _tvrscan_words "exit-codes sizes faults scan devices ranges virtual" "$current" ;;

@@ -1,13 +1,18 @@
+#include <algorithm>
 #include <exception>
+#include <string>
 #include <system_error>
+#include <vector>
 
 #include "command_line.h"
 #include "commands.h"
 #include "console.h"
 #include "device_choice.h"
 #include "device_list.h"
+#include "families.h"
 #include "reporter.h"
 #include "system.h"
+#include "words.h"
 
 namespace tvrscn::cli {
 
@@ -38,16 +43,31 @@ fs::path deviceFolder(const VirtualCommandOptions& options) {
   return fs::absolute(folder);
 }
 
+// A list of devices has room for one of each id.
+void tellOfTheSame(Console& console, const std::string& instanceId) {
+  const std::vector<Device> devices = presentDevices();
+  const bool taken = std::any_of(devices.begin(), devices.end(), [&](const Device& device) {
+    return upperCase(device.instanceId) == upperCase(instanceId);
+  });
+  if (!taken) return;
+  console.note("a device is registered as " + instanceId +
+               " already and gives way to this one; --instance-id gives this one another id");
+}
+
 }  // namespace
 
 int runVirtual(const VirtualCommandOptions& options, StopRequests& stop) {
   Console console(false);
   Reporter reporter(console, false);
   try {
-    virtual_device::Placement placement;
+    virtual_device::Placement placement = options.family->placement();
+    if (!options.instanceId.empty()) placement = placementAs(placement, options.instanceId);
     placement.deviceFolder = deviceFolder(options);
+    if (!placement.deviceFolder.empty())
+      setEnvironment("TVRSCN_DEVICE_PATH", textOf(placement.deviceFolder));
+    tellOfTheSame(console, placement.instanceId);
     if (!options.listen.empty()) placement.socket = endpointPlace(options.listen);
-    const auto scanner = virtual_device::startHpScanner(scannerOptions(options.scanner), placement);
+    const auto scanner = options.family->startScanner(options.scanner, placement);
     const virtual_device::Placement& placed = scanner->placement();
     console.data("hardware id: " + hardwareIdOf(placed.instanceId));
     console.data("endpoint: " + endpointName(placed.socket));

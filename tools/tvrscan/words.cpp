@@ -90,6 +90,27 @@ std::string upperCase(std::string_view text) {
   return upper;
 }
 
+std::string printableText(std::string_view text) {
+  constexpr std::size_t kLongest = 300;
+  constexpr unsigned char kUpperControls = 0xC2;  // with 0x80 to 0x9F behind it, in UTF-8
+  const auto byteAt = [&](std::size_t index) {
+    return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
+  };
+  const auto continues = [&](std::size_t index) { return (byteAt(index) & 0xC0) == 0x80; };
+  std::string plain;
+  std::size_t index = 0;
+  for (; index < text.size() && (plain.size() < kLongest || continues(index)); ++index) {
+    if (byteAt(index) == kUpperControls && continues(index + 1) && byteAt(index + 1) < 0xA0) {
+      plain += ' ';
+      ++index;
+    } else {
+      const bool control = byteAt(index) < 0x20 || byteAt(index) == 0x7F;
+      plain += control ? ' ' : text[index];
+    }
+  }
+  return index < text.size() ? plain + "..." : plain;
+}
+
 std::optional<std::string> parseMode(std::string_view word) {
   return settingOf(kModes, word);
 }

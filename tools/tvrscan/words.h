@@ -24,6 +24,10 @@ std::vector<std::string> sidesWords();
 std::vector<std::string> backgroundWords();
 std::vector<std::string> resolutionWords();
 
+// Text of a device as one line that no terminal obeys: control characters become blanks, and what
+// is very long is cut.
+std::string printableText(std::string_view text);
+
 // Up to three of the words that come nearest to what was typed, nearest first; none when nothing is
 // near.
 std::vector<std::string> nearestWords(std::string_view typed,

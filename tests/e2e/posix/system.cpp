@@ -1,9 +1,11 @@
 // Dialogs are a program's affair here: a script that writes down what it is to show, and answers.
 #include "tests/e2e/system.h"
 
+#include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <mutex>
 #include <sstream>
 #include <stdexcept>
 
@@ -67,6 +69,39 @@ int ChildProcess::wait() {
   waitpid(state_->id, &status, 0);
   state_->id = -1;
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+struct ThreadWatch::State {
+  std::mutex mutex;
+  std::condition_variable changed;
+  int ended = 0;  // threads, not waited for yet
+};
+
+ThreadWatch::ThreadWatch() : state_(std::make_shared<State>()) {}
+ThreadWatch::~ThreadWatch() = default;
+
+// Whatever a thread keeps for itself goes when the thread does, behind all that it had to do.
+void ThreadWatch::watchThisThread() {
+  struct Mark {
+    Mark() = default;
+    Mark(const Mark&) = delete;
+    Mark& operator=(const Mark&) = delete;
+    ~Mark() {
+      const std::lock_guard lock(state->mutex);
+      ++state->ended;
+      state->changed.notify_all();
+    }
+    std::shared_ptr<State> state;
+  };
+  thread_local Mark mark;
+  mark.state = state_;
+}
+
+bool ThreadWatch::wait(std::chrono::milliseconds patience) {
+  std::unique_lock lock(state_->mutex);
+  if (!state_->changed.wait_for(lock, patience, [this] { return state_->ended > 0; })) return false;
+  --state_->ended;
+  return true;
 }
 
 struct DialogAnswers::State {

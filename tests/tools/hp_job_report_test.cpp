@@ -1,5 +1,5 @@
 // Ends of jobs, told by the log lines that the library writes.
-#include "job_report.h"
+#include "hp_job_report.h"
 
 #include <string>
 #include <vector>
@@ -50,7 +50,7 @@ class Job {
   Outcome failed() { return report.outcome(1); }
   Outcome succeeded() { return report.outcome(0); }
 
-  JobReport report;
+  HpJobReport report;
 };
 
 Job started() {
@@ -59,24 +59,24 @@ Job started() {
   return job;
 }
 
-TEST(JobReport, FlatbedPageIsDone) {
+TEST(HpJobReport, FlatbedPageIsDone) {
   EXPECT_EQ(started().page(1).end(1).succeeded().code, ExitCode::kDone);
 }
 
-TEST(JobReport, FeederThatRunsEmptyIsDone) {
+TEST(HpJobReport, FeederThatRunsEmptyIsDone) {
   const Outcome outcome = started().page(1).page(2).lines(kNoDocument).end(2).succeeded();
   EXPECT_EQ(outcome.code, ExitCode::kDone);
   EXPECT_TRUE(outcome.notes.empty());
 }
 
-TEST(JobReport, FeederMayBeBusyInBetween) {
+TEST(HpJobReport, FeederMayBeBusyInBetween) {
   Job job = started();
   job.lines({"COMMAND: OBJECT POSITION Status: Busy",
              "Scanner status : Busy !!! wait and continuing...."});
   EXPECT_EQ(job.page(1).lines(kNoDocument).end(1).succeeded().code, ExitCode::kDone);
 }
 
-TEST(JobReport, EmptyFeederIsNoPaper) {
+TEST(HpJobReport, EmptyFeederIsNoPaper) {
   const Outcome outcome = started().lines(kNoDocument).end(0).failed();
   EXPECT_EQ(outcome.code, ExitCode::kNoPaper);
   EXPECT_EQ(outcome.deviceSaid, "OBJECT POSITION: Check condition, no document");
@@ -102,7 +102,7 @@ constexpr MessageCase kMessageCases[] = {
     {"", ExitCode::kDeviceFailed},
 };
 
-TEST(JobReport, EachMessageBeforeAPageIsACause) {
+TEST(HpJobReport, EachMessageBeforeAPageIsACause) {
   for (const MessageCase& row : kMessageCases) {
     Job job = started();
     job.page(1).lines({"COMMAND: OBJECT POSITION Status: Check condition",
@@ -116,7 +116,7 @@ TEST(JobReport, EachMessageBeforeAPageIsACause) {
   }
 }
 
-TEST(JobReport, EachMessageToTheReservationIsACause) {
+TEST(HpJobReport, EachMessageToTheReservationIsACause) {
   for (const MessageCase& row : kMessageCases) {
     Job job;
     job.lines(kStart).lines({std::string("Scanner status message : ") + row.message});
@@ -126,13 +126,13 @@ TEST(JobReport, EachMessageToTheReservationIsACause) {
   }
 }
 
-TEST(JobReport, NoErrorToTheReservationGoesOn) {
+TEST(HpJobReport, NoErrorToTheReservationGoesOn) {
   Job job;
   job.lines(kStart).lines({"Scanner status message : No Error"}).lines(kWindow);
   EXPECT_EQ(job.page(1).end(1).succeeded().code, ExitCode::kDone);
 }
 
-TEST(JobReport, AMessageInAGoodAnswerIsNoCause) {
+TEST(HpJobReport, AMessageInAGoodAnswerIsNoCause) {
   Job job;
   job.lines(kStart).lines(
       {"COMMAND: SET_WINDOW_PARAM Status: Good", "Scanner status message : Cover is being opened"});
@@ -146,7 +146,7 @@ struct StatusCase {
 };
 
 // The library counts busy and unknown answers to the settings as success.
-TEST(JobReport, EveryBadStatusOfTheWindowIsACause) {
+TEST(HpJobReport, EveryBadStatusOfTheWindowIsACause) {
   const StatusCase cases[] = {
       {"Busy", 0, ExitCode::kBusy},           {"Scanner in use", 1, ExitCode::kBusy},
       {"Cancelled", 1, ExitCode::kCancelled}, {"Check condition", 0, ExitCode::kRefused},
@@ -161,7 +161,7 @@ TEST(JobReport, EveryBadStatusOfTheWindowIsACause) {
   }
 }
 
-TEST(JobReport, AMessageOfTheWindowIsTheCause) {
+TEST(HpJobReport, AMessageOfTheWindowIsTheCause) {
   Job job;
   job.lines(kStart).lines({"COMMAND: SET_WINDOW_PARAM Status: Check condition",
                            "Scanner status message : Requested Invalid area to scan"});
@@ -171,7 +171,7 @@ TEST(JobReport, AMessageOfTheWindowIsTheCause) {
 }
 
 // A job that the device cancels after a page counts as a success in the library.
-TEST(JobReport, EveryEndAtTheObjectPositionIsACause) {
+TEST(HpJobReport, EveryEndAtTheObjectPositionIsACause) {
   const StatusCase cases[] = {
       {"Cancelled", 0, ExitCode::kCancelled},
       {"Scanner in use", 0, ExitCode::kBusy},
@@ -185,7 +185,7 @@ TEST(JobReport, EveryEndAtTheObjectPositionIsACause) {
   }
 }
 
-TEST(JobReport, ABusyFlatbedIsBusy) {
+TEST(HpJobReport, ABusyFlatbedIsBusy) {
   Job job = started();
   job.lines({"COMMAND: OBJECT POSITION Status: Busy",
              "Scanner status : Busy !!! wait and continuing...."});
@@ -194,7 +194,7 @@ TEST(JobReport, ABusyFlatbedIsBusy) {
   EXPECT_EQ(outcome.deviceSaid, "OBJECT POSITION: Busy");
 }
 
-TEST(JobReport, AScannerInUseIsBusy) {
+TEST(HpJobReport, AScannerInUseIsBusy) {
   Job inquiry;
   inquiry.lines({"COMMAND: INQUIRY", "Scanner is in use. Please try again later"});
   EXPECT_EQ(inquiry.failed().code, ExitCode::kBusy);
@@ -205,7 +205,7 @@ TEST(JobReport, AScannerInUseIsBusy) {
   EXPECT_EQ(reserve.failed().code, ExitCode::kBusy);
 }
 
-TEST(JobReport, TransferErrorsAreFailuresOfTheDevice) {
+TEST(HpJobReport, TransferErrorsAreFailuresOfTheDevice) {
   for (const char* code : {"6", "31", "1167"}) {
     Job job;
     job.lines({"COMMAND: INQUIRY", std::string("Received Error code : ") + code});
@@ -214,14 +214,14 @@ TEST(JobReport, TransferErrorsAreFailuresOfTheDevice) {
   }
 }
 
-TEST(JobReport, AnUnexpectedStatusOfTheInquiryIsARefusal) {
+TEST(HpJobReport, AnUnexpectedStatusOfTheInquiryIsARefusal) {
   Job job;
   job.lines({"COMMAND: INQUIRY", "Sending FAILURE Notification to DS ...\n"});
   EXPECT_EQ(job.failed().code, ExitCode::kRefused);
 }
 
 // The reading of a dead device: every answer is zero, and so good.
-TEST(JobReport, ADeadLinkIsAFailureAlthoughTheJobSucceeds) {
+TEST(HpJobReport, ADeadLinkIsAFailureAlthoughTheJobSucceeds) {
   Job job = started();
   job.page(1).lines(kPosition).lines({"COMMAND: READ Status: Good"}).lines(kUnusable).end(1);
   const Outcome outcome = job.succeeded();
@@ -229,13 +229,13 @@ TEST(JobReport, ADeadLinkIsAFailureAlthoughTheJobSucceeds) {
   EXPECT_EQ(outcome.deviceSaid, "READ: no usable answer");
 }
 
-TEST(JobReport, ReadingThatIsCancelledIsCancelled) {
+TEST(HpJobReport, ReadingThatIsCancelledIsCancelled) {
   Job job = started();
   job.lines(kPosition).lines(kBlock).lines({"COMMAND: READ Status: Cancelled"}).lines(kUnusable);
   EXPECT_EQ(job.end(0).failed().code, ExitCode::kCancelled);
 }
 
-TEST(JobReport, APageWithoutItsEndIsNoSuccess) {
+TEST(HpJobReport, APageWithoutItsEndIsNoSuccess) {
   Job job = started();
   job.page(1).lines(kPosition).lines(kBlock).lines({"COMMAND: READ Status:  "}).stored(1);
   const Outcome outcome = job.lines(kNoDocument).end(1).succeeded();
@@ -243,14 +243,14 @@ TEST(JobReport, APageWithoutItsEndIsNoSuccess) {
   EXPECT_NE(outcome.what.find("page 2 is incomplete"), std::string::npos) << outcome.what;
 }
 
-TEST(JobReport, ALostPageIsAFailureOfTheOutput) {
+TEST(HpJobReport, ALostPageIsAFailureOfTheOutput) {
   Job job = started();
   job.lines(kPosition).lines(kEndBlock).lines({"Scanned Page : 1"}).lines(kPageLines);
   job.report.onPageLost("page 1 could not be stored", "Make room.");
   EXPECT_EQ(job.end(1).succeeded().code, ExitCode::kOutput);
 }
 
-TEST(JobReport, AnExceptionWithinAPageIsAFailureOfTheOutput) {
+TEST(HpJobReport, AnExceptionWithinAPageIsAFailureOfTheOutput) {
   Job job = started();
   job.page(1).lines(kPosition).lines(kEndBlock).lines({"Scanned Page : 2"}).lines(kPageLines);
   job.lines({"Error: Writing image data to temp path is failed no memory"});
@@ -259,7 +259,7 @@ TEST(JobReport, AnExceptionWithinAPageIsAFailureOfTheOutput) {
   EXPECT_NE(outcome.what.find("no memory"), std::string::npos);
 }
 
-TEST(JobReport, ANoteTellsWhatWentWrongBesides) {
+TEST(HpJobReport, ANoteTellsWhatWentWrongBesides) {
   Job job = started();
   job.lines(kPosition).lines(kEndBlock).lines({"Scanned Page : 1"});
   job.report.onPageLost("page 1 could not be stored", "Make room.");
@@ -270,25 +270,25 @@ TEST(JobReport, ANoteTellsWhatWentWrongBesides) {
   EXPECT_EQ(outcome.notes, Lines{"page 1 could not be stored"});
 }
 
-TEST(JobReport, SuccessWithoutAPageIsNone) {
+TEST(HpJobReport, SuccessWithoutAPageIsNone) {
   Job job;
   EXPECT_EQ(job.succeeded().code, ExitCode::kDeviceFailed);
   EXPECT_EQ(started().end(0).succeeded().code, ExitCode::kDeviceFailed);
 }
 
-TEST(JobReport, FailureWithoutACauseIsAFailure) {
+TEST(HpJobReport, FailureWithoutACauseIsAFailure) {
   EXPECT_NE(started().page(1).end(1).failed().code, ExitCode::kDone);
 }
 
-TEST(JobReport, WhatTheDeviceSaysAtTheEndIsNoCause) {
+TEST(HpJobReport, WhatTheDeviceSaysAtTheEndIsNoCause) {
   Job job = started();
   job.page(1).lines({"Total Page Scanned : 1", "COMMAND: ABORT Status: Busy",
                      "COMMAND: RELEASE_UNIT Status: Cancelled"});
   EXPECT_EQ(job.succeeded().code, ExitCode::kDone);
 }
 
-TEST(JobReport, BusyAnswersAreNoProgress) {
-  JobReport report;
+TEST(HpJobReport, BusyAnswersAreNoProgress) {
+  HpJobReport report;
   EXPECT_TRUE(report.onLogLine("COMMAND: OBJECT POSITION Status: Good"));
   EXPECT_FALSE(report.onLogLine("COMMAND: OBJECT POSITION Status: Busy"));
   EXPECT_FALSE(report.onLogLine("Scanner status : Busy !!! wait and continuing...."));
@@ -297,8 +297,8 @@ TEST(JobReport, BusyAnswersAreNoProgress) {
   EXPECT_FALSE(report.onLogLine("COMMAND: READ Status: Busy"));
 }
 
-TEST(JobReport, KnowsWhatItWaitsFor) {
-  JobReport report;
+TEST(HpJobReport, KnowsWhatItWaitsFor) {
+  HpJobReport report;
   EXPECT_EQ(report.waitingFor(), "the device to be opened");
   report.onLogLine("COMMAND: INQUIRY");
   EXPECT_EQ(report.waitingFor(), "the answer to INQUIRY");
