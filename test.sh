@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything and passes all tests: formatting and lint, the native suite, the Windows libraries and
 # their tests under Wine, the native suite under AddressSanitizer with UndefinedBehaviorSanitizer, what has
-# threads under ThreadSanitizer, and a minute of fuzzing. Ends with one line, "N passed, N failed". Logs
+# threads under ThreadSanitizer, and some fuzzing. Ends with one line, "N passed, N failed". Logs
 # stay in build/logs.
 #
 #   ./test.sh            all of it
@@ -168,13 +168,33 @@ if wanted tsan; then
   fi
 fi
 
+# fuzz_target NAME: a short run from the kept corpus; what it finds stays in build/fuzz.
+fuzz_target() {
+  mkdir -p "build/fuzz/corpus/$1"
+  "build/fuzz/tests/$1_fuzzer" -max_total_time=20 -timeout=20 -rss_limit_mb=3000 -print_final_stats=1 \
+    -artifact_prefix=build/fuzz/ "build/fuzz/corpus/$1" "tests/fuzz/corpus/$1"
+}
+
+# fuzz_verdict PID LOG
+fuzz_verdict() {
+  wait "$1"
+  local code=$?
+  cat "$2"
+  return "$code"
+}
+
 if wanted fuzz; then
   say "fuzzing"
-  if build fuzz hp_answers_fuzzer; then
-    mkdir -p build/fuzz/corpus
-    check "fuzzing the HP answers" build/fuzz/tests/hp_answers_fuzzer -max_total_time=60 \
-      -timeout=20 -rss_limit_mb=3000 -print_final_stats=1 \
-      -artifact_prefix=build/fuzz/ build/fuzz/corpus tests/fuzz/corpus/hp_answers
+  fuzzing=()
+  fuzzers=(hp_answers lowend_documents lowend_stream)
+  if build fuzz "${fuzzers[@]/%/_fuzzer}"; then
+    for fuzzer in "${fuzzers[@]}"; do
+      fuzz_target "$fuzzer" >"$logs/$fuzzer-fuzzer.log" 2>&1 &
+      fuzzing+=($!)
+    done
+    for number in "${!fuzzers[@]}"; do
+      check "fuzzing ${fuzzers[number]}" fuzz_verdict "${fuzzing[number]}" "$logs/${fuzzers[number]}-fuzzer.log"
+    done
   fi
 fi
 
