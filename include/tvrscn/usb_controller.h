@@ -80,6 +80,7 @@ class TVRSCN_API BaseUSBController {
 
  private:
   friend class CScanUSBClient;       // SetUsingTevraUI
+  friend class USB_QZ_Controller;    // the operations that are its own
   friend struct ControllerTestPeer;  // tests look at the members and call the private operations
 
   bool getRetryCommand();

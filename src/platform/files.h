@@ -28,6 +28,10 @@ extern const wchar_t kPathSeparator;
 // A path as the standard library's file streams take it here.
 std::filesystem::path systemPath(const std::wstring& path);
 
+// The file in which a store application leaves the settings of its job: ScanInputData.txt in
+// C:\ProgramData\Tevra on Windows, in $TVRSCN_PROGRAM_DATA, by default /var/lib/tevra, on Linux.
+std::filesystem::path storeAppSettingsPath();
+
 }  // namespace tvrscn
 
 #endif  // TVRSCN_PLATFORM_FILES_H

@@ -1,7 +1,6 @@
 // The job's settings as typed values.
 #include "tvrscn/scan_data_source.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
@@ -36,19 +35,6 @@ constexpr std::int32_t kStepsPerImageStep = 4;
 constexpr std::size_t kMostFields = 10;
 constexpr std::size_t kNeededFields = 9;
 
-// The fields of a settings line; commas in succession count as one.
-std::vector<std::string> settingsFields(std::string_view line) {
-  std::vector<std::string> fields;
-  while (fields.size() < kMostFields) {
-    const std::size_t start = line.find_first_not_of(',');
-    if (start == std::string_view::npos) break;
-    const std::size_t end = std::min(line.find(',', start), line.size());
-    fields.emplace_back(line.substr(start, end - start));
-    line.remove_prefix(end);
-  }
-  return fields;
-}
-
 }  // namespace
 
 CUSBScanDataSource::CUSBScanDataSource()
@@ -81,7 +67,7 @@ bool CUSBScanDataSource::setAppDataToScanCommand(const TevraScanUIData& settings
 bool CUSBScanDataSource::setAppDataToScanCommand(const std::string& settings) {
   if (settings.empty()) return false;
   // A zero byte ends the line, as it ends every text that a driver hands in.
-  const std::vector<std::string> fields = settingsFields(settings.c_str());
+  const std::vector<std::string> fields = tvrscn::splitFields(settings.c_str(), kMostFields);
   if (fields.size() < kNeededFields) {
     throw std::logic_error(
         "a settings line needs nine fields: colour, resolution, sides, width, "

@@ -1,6 +1,7 @@
 // Text conversions without code page or locale.
 #include "usb/text.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
@@ -53,6 +54,18 @@ int toInt(std::string_view text) {
     if (magnitude > limit) throw std::out_of_range("stoi argument out of range");
   }
   return static_cast<int>(negative ? -magnitude : magnitude);
+}
+
+std::vector<std::string> splitFields(std::string_view line, std::size_t most) {
+  std::vector<std::string> fields;
+  while (fields.size() < most) {
+    const std::size_t start = line.find_first_not_of(',');
+    if (start == std::string_view::npos) break;
+    const std::size_t end = std::min(line.find(',', start), line.size());
+    fields.emplace_back(line.substr(start, end - start));
+    line.remove_prefix(end);
+  }
+  return fields;
 }
 
 }  // namespace tvrscn

@@ -2,8 +2,10 @@
 #ifndef TVRSCN_USB_TEXT_H
 #define TVRSCN_USB_TEXT_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tvrscn {
 
@@ -18,6 +20,10 @@ std::wstring widen(std::string_view text);
 // argument") without digits, std::out_of_range ("stoi argument out of range") beyond 32 bits; the
 // words are the same on every system.
 int toInt(std::string_view text);
+
+// The fields of a settings line, at most so many; commas in succession count as one, so that no
+// field is empty.
+std::vector<std::string> splitFields(std::string_view line, std::size_t most);
 
 }  // namespace tvrscn
 

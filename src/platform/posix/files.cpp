@@ -28,6 +28,12 @@ std::filesystem::path systemPath(const std::wstring& path) {
   return pathFromWide(path);
 }
 
+std::filesystem::path storeAppSettingsPath() {
+  const char* const named = std::getenv("TVRSCN_PROGRAM_DATA");
+  const bool usable = named != nullptr && *named != '\0';
+  return std::filesystem::path(usable ? named : "/var/lib/tevra") / "ScanInputData.txt";
+}
+
 namespace {
 
 constexpr std::size_t kPathCapacity = 260;  // characters in a buffer for a path

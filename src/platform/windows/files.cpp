@@ -9,4 +9,8 @@ std::filesystem::path systemPath(const std::wstring& path) {
   return {path};
 }
 
+std::filesystem::path storeAppSettingsPath() {
+  return {LR"(C:\ProgramData\Tevra\ScanInputData.txt)"};
+}
+
 }  // namespace tvrscn
