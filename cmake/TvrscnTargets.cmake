@@ -71,20 +71,65 @@ function(tvrscn_version_resource target description)
   target_sources(${target} PRIVATE ${resource})
 endfunction()
 
+# What all test programs are compiled with: without optimisation, since tests are compiled far more
+# often than they are waited for.
+function(tvrscn_configure_test target)
+  tvrscn_configure(${target})
+  if(NOT MSVC)
+    target_compile_options(${target} PRIVATE -O0)
+  endif()
+  target_compile_definitions(${target} PRIVATE TVRSCN_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
+  target_link_libraries(${target} PRIVATE GTest::gtest)
+  # A program with options of its own reads the headers itself.
+  set_target_properties(${target} PROPERTIES PCH_WARN_INVALID OFF)
+endfunction()
+
+# The headers that all tests include, read once for all test programs. A program, since it has to be
+# compiled with a program's options.
+function(tvrscn_precompile_test_headers target)
+  if(NOT TARGET tvrscn_test_headers)
+    file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/tests/test_headers.cpp CONTENT "int main() {}\n")
+    add_executable(tvrscn_test_headers EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/tests/test_headers.cpp)
+    tvrscn_configure_test(tvrscn_test_headers)
+    tvrscn_test_header_list()
+  endif()
+  target_precompile_headers(${target} REUSE_FROM tvrscn_test_headers)
+endfunction()
+
+function(tvrscn_test_header_list)
+  target_precompile_headers(
+    tvrscn_test_headers
+    PRIVATE
+    <algorithm>
+    <array>
+    <chrono>
+    <cstdint>
+    <filesystem>
+    <fstream>
+    <functional>
+    <map>
+    <memory>
+    <mutex>
+    <optional>
+    <sstream>
+    <string>
+    <string_view>
+    <thread>
+    <vector>
+    <gtest/gtest.h>)
+endfunction()
+
 # A GoogleTest program: tvrscn_add_test(name SOURCES ... LIBRARIES ...). Its working folder in a run
 # is its own; files under tests/data are found through TVRSCN_TEST_DATA.
 function(tvrscn_add_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  tvrscn_configure(${name})
-  if(NOT MSVC)
-    # Tests are compiled far more often than they are waited for.
-    target_compile_options(${name} PRIVATE -O0)
+  tvrscn_configure_test(${name})
+  if(TVRSCN_PRECOMPILE_TESTS)
+    tvrscn_precompile_test_headers(${name})
   endif()
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-  target_compile_definitions(${name} PRIVATE TVRSCN_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data")
-  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest GTest::gtest_main
-                                        Threads::Threads)
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gtest_main Threads::Threads)
   add_test(NAME ${name} COMMAND ${name})
   set_property(GLOBAL APPEND PROPERTY TVRSCN_TEST_PROGRAMS ${name})
 endfunction()

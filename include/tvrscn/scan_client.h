@@ -10,9 +10,11 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tvrscn/export.h"
 #include "tvrscn/notifications.h"
+#include "tvrscn/product_data.h"
 #include "tvrscn/tevrautil/error_code_dictionary.h"
 #include "tvrscn/tevrautil/scan_ui_data.h"
 #include "tvrscn/types.h"
@@ -21,7 +23,7 @@
 // Which controller a client drives. Values without a name, 3 and 4 among them, are not served: the
 // client is built all the same, and its first use of the device ends the process with a message.
 enum ControllerType {
-  CONTROLLER_QZ = 1,  // not served by this version
+  CONTROLLER_QZ = 1,
   CONTROLLER_HP = 2,
   CONTROLLER_HP_ALT = 5,  // the same controller as CONTROLLER_HP
   CONTROLLER_LOWEND = 6,
@@ -37,8 +39,9 @@ class TVRSCN_API ScanBaseClient {
 
   // Runs one job: 0 for success, 1 for failure. Pages arrive as files in outputFolder and are told
   // by callback, which may be null to silence it; a record with two null fields is refused with 1.
-  // For a LowEnd device 0 says that the job was started: its pages and its end are told later.
-  // deviceCallback is never called. The base class returns 1 and does nothing.
+  // For a LowEnd device 0 says that the job was started: its pages and its end are told later. For
+  // a QZ device 0 without a single notification says that other jobs kept the mutex: nothing was
+  // done. deviceCallback is never called. The base class returns 1 and does nothing.
   virtual long Scan(TevraScanUIData& settings, TVR_FP_CALLBACK* callback,
                     const std::wstring& outputFolder, TVR_FP_DEVCOMM_CALLBACK* deviceCallback);
 
@@ -67,10 +70,27 @@ class TVRSCN_API ScanBaseClient {
   // class does nothing.
   virtual void SetUsingTevraUI(int enabled);
 
+  // Looks the model up in the built-in catalogue: the first one whose full name stands anywhere in
+  // modelName, in exact spelling. Only ControllerFamily and NSPScanSupport of result are set; with
+  // no such model result stays as it is. May be called from any thread.
+  void GetProductData(std::string modelName, ProductData& result);
+
   // Hands one notification to callback, synchronously. A null callback makes no call; text beyond
   // 1023 bytes is cut. The record is the library's and gone after the call.
   static void SendNotification(const TVR_FP_CALLBACK* callback, NotificationType type,
                                TVR_DEVICE_NOTIF_PRIORITY priority, std::string text);
+
+  // Sets message to the dictionary's text for a device's alerts in the wording of the controller
+  // family ("" for none), empty when it has none. Without a dictionary message stays as it is.
+  void GetErrorMessage(std::vector<AlertStatus>& alerts, std::string family, std::wstring& message);
+
+  // Asks the device at deviceUri ("scheme://host", host as CScanTDSPClient takes it) what is wrong
+  // and tells the user in a dialog: the text for its alerts, the general text when they give none,
+  // or that the device cannot be reached. Blocks until the user has answered. Sets
+  // m_bClientErrorShown whatever comes of it. Without a dictionary it does nothing at all. Without
+  // "//" the first character of deviceUri is left out; an empty one raises std::out_of_range. Not
+  // during a Scan of the same client.
+  void ShowErrorMessageFromDevice(const wchar_t* deviceUri);
 
   // True when the user has been told of the last failure in a dialog. For the caller to read; false
   // at the start.

@@ -4,6 +4,7 @@
 #include "client/fatal_fault.h"
 #include "tvrscn/hp_controller.h"
 #include "tvrscn/lowend_controller.h"
+#include "tvrscn/qz_controller.h"
 #include "tvrscn/scan_client.h"
 
 namespace {
@@ -16,7 +17,7 @@ BaseUSBController* makeController(ControllerType type) {
     case CONTROLLER_LOWEND:
       return new (std::nothrow) USB_LowEnd_Controller();
     case CONTROLLER_QZ:
-      break;
+      return new (std::nothrow) USB_QZ_Controller();
   }
   return nullptr;
 }

@@ -7,6 +7,7 @@
 #include "tvrscn/export.h"
 #include "tvrscn/tevrautil/error_code_dictionary.h"
 
+// Keeps no state; an object serves any number of calls.
 class TVRSCN_TDSP_API CScanTDSPClient {
  public:
   CScanTDSPClient();
@@ -14,8 +15,18 @@ class TVRSCN_TDSP_API CScanTDSPClient {
   CScanTDSPClient& operator=(const CScanTDSPClient&) = delete;
   ~CScanTDSPClient();
 
-  // Reads the alerts of the device at host into alerts. True if the device answered; false leaves
-  // alerts as it came in. This version speaks no network protocol yet: no device can be reached.
+  // Asks the device at host for its state, by IPP (Get-Printer-Attributes at "/ipp/print", then at
+  // "/"; no encryption), and replaces alerts by what is wrong with it, nothing for a device that is
+  // well. True if the device answered; false leaves alerts as it came in. Blocks for 5 s at most,
+  // look-up of the name included.
+  //
+  // host is a name or an address, "name", "192.0.2.7" or "[2001:db8::7]", with ":port" behind it
+  // where that is not 631; a path behind a "/" is left out. For a null pointer and for a text of
+  // another form the answer is false at once. Safe from several threads. After a device that did
+  // not answer in time the library stays loaded, with a thread that is about to end.
+  //
+  // keyword is the device's own word for the alert ("media-jam"), severity one of "error",
+  // "warning" and "report", description the device's text in UTF-8 or nothing.
   bool GetDeviceStatus(const wchar_t* host, std::vector<AlertStatus>& alerts);
 };
 

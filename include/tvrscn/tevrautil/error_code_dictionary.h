@@ -8,7 +8,8 @@
 #include "tvrscn/export.h"
 #include "tvrscn/types.h"
 
-// One alert of a device: the keyword, the severity and the device's own description.
+// One alert of a device: the keyword ("media-jam"), the severity ("error", "warning" or "report";
+// anything else counts as "error") and the device's own description, UTF-8, which may be empty.
 struct AlertStatus {
   std::string keyword;
   std::string severity;
@@ -28,8 +29,12 @@ class TVRSCN_UTIL_API CErrorCodeDictionary {
   // 101 on, in field order), else this library's own. A null module is fine.
   void InitExceptionStrings(HINSTANCE resourceModule);
 
-  // Sets message to the text for a device's alerts in the wording of the given controller family;
-  // leaves it empty when there is nothing to say.
+  // Sets message to what to tell a user about a device's alerts: what is wrong and what to do, for
+  // the most severe one ("error" before "warning" before "report"), of those the scanner's and the
+  // feeder's first. Feeder, glass and display are called what the controller family ("LANTERN"; ""
+  // for none) calls them. Keywords that are not known give a general sentence with the device's
+  // description. Empty when no alert says anything. The texts are there without
+  // InitExceptionStrings.
   void GetErrorString(std::vector<AlertStatus>& alerts, std::string family, std::wstring& message);
 
   std::wstring m_strScannerBusy;
