@@ -28,5 +28,6 @@ run scan --virtual hp --feeder 2 --sides two --resolution 200 --mode gray --size
   --out "$out/feeder" --name 'sheet-%02d'
 run scan --virtual hp --resolution 300 --mode bw --size a5 --background on --out "$out/black-and-white"
 run scan --virtual lowend --feeder 3 --mode bw --resolution 200 --size a4 --out "$out/lowend"
+run scan --virtual qz --feeder 2 --sides two --mode bw --resolution 200 --size a4 --out "$out/qz"
 printf '\nThe pages:\n'
 find "$out" -name '*.jpg' -o -name '*.tif' | sort | xargs ls -l

@@ -6,7 +6,9 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "platform/files.h"
 #include "tests/e2e/job_end.h"
+#include "tvrscn/store_app.h"
 #include "virtual/common/codec.h"
 
 namespace tvrscn::test {
@@ -26,6 +28,13 @@ std::vector<std::string> readLines(const fs::path& file) {
 
 int word(const std::vector<std::uint8_t>& bytes, std::size_t at) {
   return bytes.at(at) * 256 + bytes.at(at + 1);
+}
+
+// The middle one of an instance id's three parts.
+std::string hardwareIdOf(const virtual_device::Placement& placement) {
+  const std::string& id = placement.instanceId;
+  const std::size_t first = id.find('\\') + 1;
+  return id.substr(first, id.find('\\', first) - first);
 }
 
 std::unique_ptr<CScanUSBClient> makeClient(const DeviceChoice& device) {
@@ -83,10 +92,11 @@ TevraScanUIData smallJob() {
 }
 
 DeviceChoice lowEndDevice() {
-  // The middle one of its three parts.
-  const std::string id = virtual_device::lowEndPlacement().instanceId;
-  const std::size_t first = id.find('\\') + 1;
-  return {CONTROLLER_LOWEND, id.substr(first, id.find('\\', first) - first)};
+  return {CONTROLLER_LOWEND, hardwareIdOf(virtual_device::lowEndPlacement())};
+}
+
+DeviceChoice qzDevice() {
+  return {CONTROLLER_QZ, hardwareIdOf(virtual_device::qzPlacement())};
 }
 
 int runOneJob(const fs::path& folder, const DeviceChoice& device) {
@@ -95,10 +105,36 @@ int runOneJob(const fs::path& folder, const DeviceChoice& device) {
   const auto client = makeClient(device);
   const long result = client->Scan(job, end.callback(), folder.wstring(), nullptr);
   if (result != 0) return static_cast<int>(result);
+  // A QZ job that never had its turn tells nothing.
+  if (device.controller == CONTROLLER_QZ && !end.hasCome()) return 2;
   return end.type() == NOTIFY_JOB_COMPLETE ? 0 : 1;
 }
 
+std::vector<std::string> oneJobArguments(const fs::path& folder, const DeviceChoice& device) {
+  return {kOneJobArgument, folder.string(), std::to_string(device.controller), device.hardwareId};
+}
+
+int runStoreScan(const fs::path& folder, const std::string& settings) {
+  const fs::path root = enterOwnRoot(folder / "root");
+  if (root.empty()) return kNoOwnRoot;
+  setVariable("TVRSCN_PROGRAM_DATA", (folder / "settings").string());
+  const fs::path file = storeAppSettingsPath();
+  fs::create_directories(file.parent_path());
+  writeFile(file, settings);
+  scanFromStoreApp(0);
+  fs::remove(file);
+  for (int page = 1;; ++page) {
+    const std::string name = "Image_" + std::to_string(page) + ".jpg";
+    if (!fs::exists(root / name)) return page - 1;
+    fs::copy_file(root / name, folder / name);
+    fs::remove(root / name);
+  }
+}
+
 void ScannerTest::SetUp() {
+  // Jobs of other tests hold no mutex of this one's.
+  fs::create_directories(folder_ / "runtime");
+  setVariable("XDG_RUNTIME_DIR", (folder_ / "runtime").string());
   fs::create_directories(out_);
   setVariable("TVRSCN_LOG", (folder_ / "log").string());
   // Where a test expects no dialog, a dialog is an answer that shows.
@@ -112,6 +148,7 @@ void ScannerTest::TearDown() {
   scanner_.reset();
   clearVariable("TVRSCN_LOG");
   clearVariable("TVRSCN_DEVICE_PATH");
+  clearVariable("XDG_RUNTIME_DIR");
 }
 
 void ScannerTest::start(const virtual_device::HpScannerOptions& options) {
@@ -123,6 +160,13 @@ void ScannerTest::startLowEnd(const virtual_device::LowEndScannerOptions& option
   scanner_ = virtual_device::startLowEndScanner(options, virtual_device::lowEndPlacement());
   setVariable("TVRSCN_DEVICE_PATH", scanner_->placement().deviceFolder.string());
   device_ = lowEndDevice();
+}
+
+void ScannerTest::startQz(const virtual_device::QzScannerOptions& options) {
+  scanner_ = virtual_device::startQzScanner(options, virtual_device::qzPlacement());
+  setVariable("TVRSCN_DEVICE_PATH", scanner_->placement().deviceFolder.string());
+  // The whole instance id: a test may have another scanner of the family.
+  device_ = {CONTROLLER_QZ, scanner_->placement().instanceId};
 }
 
 fs::path ScannerTest::makePage(const std::string& name, int level, int lowerLevel) {

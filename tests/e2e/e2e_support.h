@@ -18,6 +18,7 @@
 #include "tvrscn/scan_client.h"
 #include "virtual/common/raster.h"
 #include "virtual/virtual_lowend_scanner.h"
+#include "virtual/virtual_qz_scanner.h"
 #include "virtual/virtual_scanner.h"
 
 namespace tvrscn::test {
@@ -50,12 +51,22 @@ struct DeviceChoice {
   std::string hardwareId = "VID_0A7E&PID_1F48&MI_00";
 };
 DeviceChoice lowEndDevice();
+DeviceChoice qzDevice();
 
 // A process that is just a host: one small job into the folder that the next argument names, with
-// an HP device or, where one more argument names it, one of the LowEnd family. Its exit code is
-// that of the job.
+// an HP device or, where two more arguments name its controller type and hardware id, with another
+// one. Its exit code is that of the job.
 constexpr const char* kOneJobArgument = "--one-job";
 int runOneJob(const fs::path& folder, const DeviceChoice& device);
+// The arguments for such a process.
+std::vector<std::string> oneJobArguments(const fs::path& folder, const DeviceChoice& device);
+
+// A process that is a store application: it leaves its settings where they belong, scans, and puts
+// what has come to the root of its drive into the folder that the next argument names, which is
+// empty. What it names behind that is the line of settings.
+constexpr const char* kStoreScanArgument = "--store-scan";
+constexpr int kNoOwnRoot = 77;  // exit code: pages would go to the root of this machine
+int runStoreScan(const fs::path& folder, const std::string& settings);
 
 class ScannerTest : public ::testing::Test {
  protected:
@@ -66,6 +77,7 @@ class ScannerTest : public ::testing::Test {
   void start(const virtual_device::HpScannerOptions& options);
   // Clients are for the LowEnd family from here on.
   void startLowEnd(const virtual_device::LowEndScannerOptions& options);
+  void startQz(const virtual_device::QzScannerOptions& options);
   // A file with one picture, `level` above `lowerLevel`, for the scanner to deliver.
   fs::path makePage(const std::string& name, int level, int lowerLevel);
 
@@ -89,7 +101,9 @@ class ScannerTest : public ::testing::Test {
   long scanInto(const std::wstring& folder, CScanUSBClient& client, TevraScanUIData job);
 
   // Has dialogs answered and remembered from here on.
-  void answerDialogs() { answers_ = std::make_unique<DialogAnswers>(folder_); }
+  void answerDialogs(const std::vector<DialogKey>& keys = {}) {
+    answers_ = std::make_unique<DialogAnswers>(folder_, keys);
+  }
   std::vector<Dialog> dialogs() const;
   std::vector<std::string> logLines() const;
   std::vector<fs::path> pages() const;

@@ -15,6 +15,12 @@ class JobEnd {
  public:
   TVR_FP_CALLBACK* callback() { return &callback_; }
 
+  // Whether it has been told by now.
+  bool hasCome() {
+    const std::lock_guard lock(mutex_);
+    return type_.has_value();
+  }
+
   // Waits for it.
   NotificationType type() {
     std::unique_lock lock(mutex_);

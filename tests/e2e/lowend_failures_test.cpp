@@ -269,7 +269,7 @@ TEST_F(LowEndLink, ADeviceThatFallsSilentLeavesTheHostWaiting) {
     const fs::path folder = out_ / name;
     fs::create_directories(folder);
     hosts.push_back(std::make_unique<ChildProcess>(
-        Lines{kOneJobArgument, folder.string(), placement.instanceId}));
+        oneJobArguments(folder, {CONTROLLER_LOWEND, placement.instanceId})));
   }
   std::this_thread::sleep_for(std::chrono::milliseconds(1500));
   for (const auto& host : hosts) {

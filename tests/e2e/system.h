@@ -60,6 +60,11 @@ class ThreadWatch {
   std::shared_ptr<State> state_;
 };
 
+// Gives this process a root folder of its own: the one named, where the system can do that, with
+// the folders of the old root in it; else that of a drive of its own, which is returned in its
+// place. Empty where there is neither. Only while the process has one thread.
+fs::path enterOwnRoot(const fs::path& folder);
+
 struct Dialog {
   std::wstring title;
   std::wstring text;
@@ -67,11 +72,15 @@ struct Dialog {
   std::optional<unsigned int> flags;  // of the call that shows it, where they can be told
 };
 
-// Answers every dialog of this process with its OK button for as long as it lives.
+// What a dialog is answered with: Enter is its first button, Escape its last one.
+enum class DialogKey { kEnter, kEscape };
+
+// Answers every dialog of this process for as long as it lives.
 class DialogAnswers {
  public:
-  // The folder is there for files that answering may need.
-  explicit DialogAnswers(const fs::path& folder);
+  // The folder is there for files that answering may need. The first dialogs get these keys, in
+  // order, all others Enter.
+  explicit DialogAnswers(const fs::path& folder, const std::vector<DialogKey>& keys = {});
   DialogAnswers(const DialogAnswers&) = delete;
   DialogAnswers& operator=(const DialogAnswers&) = delete;
   ~DialogAnswers();

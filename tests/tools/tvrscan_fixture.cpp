@@ -24,12 +24,19 @@ TvrscanTest::~TvrscanTest() {
   fs::remove_all(folder_, ignored);
 }
 
+std::unique_ptr<Process> TvrscanTest::startProgram(const std::vector<std::string>& command) const {
+  return std::make_unique<Process>(command,
+                                   Environment{{"TVRSCN_DEVICE_PATH", devices().string()},
+                                               {"TVRSCN_PROGRAM_DATA", programData().string()},
+                                               {"XDG_RUNTIME_DIR", folder_.string()},
+                                               {"TMPDIR", temporary().string()},
+                                               {"TVRSCN_LOG", ""}});
+}
+
 std::unique_ptr<Process> TvrscanTest::start(const std::vector<std::string>& arguments) const {
   std::vector<std::string> command = {TVRSCAN_PROGRAM};
   command.insert(command.end(), arguments.begin(), arguments.end());
-  return std::make_unique<Process>(command, Environment{{"TVRSCN_DEVICE_PATH", devices().string()},
-                                                        {"TMPDIR", temporary().string()},
-                                                        {"TVRSCN_LOG", ""}});
+  return startProgram(command);
 }
 
 std::unique_ptr<Process> TvrscanTest::startScan(const std::vector<std::string>& arguments,

@@ -22,6 +22,12 @@ class TvrscanTest : public testing::Test {
   std::filesystem::path devices() const { return folder_ / "devices"; }
   std::filesystem::path temporary() const { return folder_ / "t"; }
 
+  // Where a store application leaves its settings.
+  std::filesystem::path programData() const { return folder_ / "data"; }
+  const std::filesystem::path& folder() const { return folder_; }
+
+  // A program with the folders of this test, its scanners' turns included.
+  std::unique_ptr<Process> startProgram(const std::vector<std::string>& command) const;
   std::unique_ptr<Process> start(const std::vector<std::string>& arguments) const;
   // A small, quick scan into out() with a virtual scanner, and whatever stands in arguments.
   std::unique_ptr<Process> startScan(const std::vector<std::string>& arguments,

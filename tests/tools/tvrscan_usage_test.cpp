@@ -41,16 +41,19 @@ TEST_F(TvrscanTest, BadUsageIsRefusedWithAHint) {
       {{"scan", "--virtual", "hp", "--feeder", "0"}, 2, "--feeder"},
       {{"scan", "--virtual", "hp", "--fault", "nonsense"}, 2, "nonsense"},
       {{"scan", "--virtual", "xp"}, 2, "did you mean hp"},
-      {{"scan", "--virtual", "qz"}, 13, "not served by this version"},
-      {{"scan", "--family", "QZ"}, 13, "not served by this version"},
+      {{"scan", "--virtual", "qz", "--fault", "silent-end"}, 2, "silent-end"},
       {{"scan", "--family", "lowed"}, 2, "did you mean lowend"},
-      {{"scan", "--family", "x"}, 2, "the families are hp and lowend"},
+      {{"scan", "--family", "x"}, 2, "the families are hp, lowend and qz"},
       {{"scan", "--virtual", "lowend", "--family", "hp"}, 2, "is of the family lowend"},
       {{"scan", "--virtual", "lowend", "--fault", "warming-up"}, 2, "warming-up"},
       {{"scan", "--virtual", "hp", "--fault", "silent-end"}, 2, "silent-end"},
       {{"virtual", "hp", "--instance-id", "X"}, 2, "no instance id"},
       {{"virtual", "hp", "--instance-id", "USB\\VID_0A7E&PID_1F48\\A/B"}, 2, "no instance id"},
       {{"virtual", "hp", "--instance-id", "USB\\VID_0A7E&PID_1F48\\"}, 2, "no instance id"},
+      {{"store"}, 2, "a COMMAND is missing"},
+      {{"store", "raed"}, 2, "did you mean read"},
+      {{"store", "999"}, 2, "help store"},
+      {{"store", "scan", "--check"}, 2, "--check"},
       {{"scan", "surplus"}, 2, "'surplus' is not expected"},
       {{"virtual"}, 2, "virtual --help"},
       {{"help", "exit-code"}, 2, "did you mean exit-codes"},
@@ -85,6 +88,9 @@ TEST_F(TvrscanTest, HelpTopicsGoToStandardOutput) {
       {{"help", "faults"}, 0, "silent-end"},
       {{"scan", "--virtual", "lowend", "--fault", "help"}, 0, "silent-end"},
       {{"virtual", "lowend", "--fault", "help"}, 0, "silent-end"},
+      {{"help", "faults"}, 0, "block-end=PAGE"},
+      {{"virtual", "qz", "--fault", "help"}, 0, "block-end=PAGE"},
+      {{"help", "store"}, 0, "mode-sense"},
       {{"virtual", "lowend", "--help"}, 0, "--instance-id"},
       {{"--version"}, 0, "tvrscan "},
   };
@@ -115,6 +121,7 @@ TEST_F(TvrscanTest, ManualAndCompletionKnowEveryOption) {
                                              {"scan", "--help"},
                                              {"devices", "--help"},
                                              {"ranges", "--help"},
+                                             {"store", "--help"},
                                              {"virtual", "hp", "--help"}}) {
     const auto program = start(command);
     EXPECT_EQ(program->wait(), 0);
@@ -157,9 +164,11 @@ TEST_F(TvrscanTest, CompletionOffersWhatFits) {
   EXPECT_EQ(complete("tvrscan scan --res", 2), Names{"--resolution"});
   EXPECT_EQ(complete("tvrscan scan --mode g", 3), Names{"gray"});
   EXPECT_EQ(complete("tvrscan scan --size lett", 3), Names{"letter"});
-  EXPECT_EQ(complete("tvrscan virtual ''", 2), (Names{"hp", "lowend", "--help"}));
+  EXPECT_EQ(complete("tvrscan virtual ''", 2), (Names{"hp", "lowend", "qz", "--help"}));
   EXPECT_EQ(complete("tvrscan virtual hp --li", 3), Names{"--listen"});
   EXPECT_EQ(complete("tvrscan scan --family l", 3), Names{"lowend"});
+  EXPECT_EQ(complete("tvrscan store mode-se", 2), (Names{"mode-select", "mode-sense"}));
+  EXPECT_EQ(complete("tvrscan store --ch", 2), Names{"--check"});
   EXPECT_EQ(complete("tvrscan virtual lowend --ins", 3), Names{"--instance-id"});
 }
 

@@ -111,6 +111,25 @@ same lowend-silent "${low[@]}" --fault silent-end --timeout 1
 expect lowend-silent 12
 same lowend-ranges ranges --virtual lowend --json
 expect lowend-ranges 0
+same qz-faults virtual qz --fault help
+qz=(scan --virtual qz --resolution 75 --size 100x80mm --out pages)
+same qz "${qz[@]}"
+expect qz 0
+same qz-bw "${qz[@]}" --feeder 2 --sides two --mode bw --brightness 20 --json
+expect qz-bw 0
+same qz-jam "${qz[@]}" --feeder 2 --fault paper-jam=2
+expect qz-jam 9
+same qz-busy "${qz[@]}" --fault busy@read
+expect qz-busy 4
+same qz-prohibited "${qz[@]}" --fault 'status@read=35*1'
+expect qz-prohibited 11
+same qz-stall "${qz[@]}" --fault stall@scan --timeout 1
+expect qz-stall 12
+same store-help help store
+same store-template store --print-template
+expect store-template 0
+same store-unknown store 999
+expect store-unknown 2
 same bad-size scan --virtual hp --size a44 --out pages
 expect bad-size 2
 same no-device scan --device VID_FFFF --out pages

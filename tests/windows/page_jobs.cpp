@@ -18,6 +18,7 @@
 #include "tests/e2e/system.h"
 #include "tvrscn/scan_client.h"
 #include "virtual/virtual_lowend_scanner.h"
+#include "virtual/virtual_qz_scanner.h"
 #include "virtual/virtual_scanner.h"
 
 namespace {
@@ -52,6 +53,14 @@ const Job kLowEndJobs[] = {
     {"lowend-color", "FullColor", "200x200", L"0", L"0", 0},
     {"lowend-gray-darker", "Grayscale", "150x150", L"40", L"20", 0},
     {"lowend-bw", "BlackAndWhite", "300x300", L"0", L"0", 2},
+};
+
+const Job kQzJobs[] = {
+    {"qz-color", "FullColor", "300x300", L"0", L"0", 0},
+    {"qz-bw", "BlackAndWhite", "300x300", L"0", L"0", 0},
+    {"qz-feeder-brighter", "FullColor", "100x100", L"-160", L"0", 3},
+    {"qz-gray-harder", "Grayscale", "150x150", L"80", L"200", 0},
+    {"qz-bw-brighter", "BlackAndWhite", "150x150", L"-80", L"0", 0},
 };
 
 TevraScanUIData settingsOf(const Job& job) {
@@ -127,6 +136,10 @@ int main(int argc, char** argv) {
     for (const Job& job : kLowEndJobs) {
       const auto options = loadedFor<LowEndScannerOptions>(job);
       run(job, CONTROLLER_LOWEND, *startLowEndScanner(options, lowEndPlacement()), argv[1]);
+    }
+    for (const Job& job : kQzJobs) {
+      const auto options = loadedFor<QzScannerOptions>(job);
+      run(job, CONTROLLER_QZ, *startQzScanner(options, qzPlacement()), argv[1]);
     }
     return 0;
   } catch (const std::exception& error) {

@@ -162,6 +162,7 @@ TEST(NamedMutexOwner, NameOfAnotherObjectIsNoMutex) {
 TEST(Paths, AreTheSystemsOwn) {
   EXPECT_EQ(L'\\', kPathSeparator);
   EXPECT_EQ(L"C:\\a\\caf\u00e9.jpg", systemPath(L"C:\\a\\caf\u00e9.jpg").wstring());
+  EXPECT_EQ(L"C:\\ProgramData\\Tevra\\ScanInputData.txt", storeAppSettingsPath().wstring());
 }
 
 }  // namespace

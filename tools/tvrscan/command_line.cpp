@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "families.h"
+#include "store_words.h"
 #include "system.h"
 #include "words.h"
 
@@ -21,6 +22,7 @@ Examples:
   tvrscan scan --device 'VID_0A7E&PID_1F48&MI_00' --mode gray --resolution 200 --size letter
   tvrscan scan --virtual hp --feeder 3 --sides two --name 'page-%03d'
   tvrscan scan --virtual lowend --mode bw --name 'fax-%03d'
+  tvrscan scan --virtual qz --feeder 3 --sides two
   tvrscan virtual hp --flatbed
 
 tvrscan help exit-codes lists how it ends, tvrscan help sizes the page sizes, tvrscan help faults
@@ -65,10 +67,6 @@ CLI::Option* addPath(CLI::App& app, const std::string& option, const std::string
 // The family of a word. Throws what the user has to be told of any other.
 const Family& servedFamily(const std::string& option, const std::string& word) {
   if (const Family* family = findFamily(word)) return *family;
-  if (lowerCase(word) == "qz") {
-    throw UsageProblem{ExitCode::kNotSupported,
-                       option + ": the family qz is not served by this version yet"};
-  }
   std::vector<std::string> words;
   for (const Family& family : families())
     words.emplace_back(family.word);
@@ -176,6 +174,10 @@ void addSettings(CLI::App& app, ScanSettings& target) {
           target.background, parseBackground, backgroundWords, "it is off or on");
 }
 
+void addLog(CLI::App& app, std::filesystem::path& target) {
+  addPath(app, "--log", "append the library's log to this file", target)->type_name("FILE");
+}
+
 void addScan(CLI::App& root, ScanOptions& target) {
   CLI::App& app = *root.add_subcommand("scan", "Scan pages into files");
   app.footer(kScanFooter);
@@ -200,7 +202,7 @@ void addScan(CLI::App& root, ScanOptions& target) {
   app.add_flag("--dialogs", target.dialogs, "show the library's message boxes for failures");
   app.add_flag("--json", target.json, "write one JSON object a line to standard output");
   app.add_flag("--quiet,-q", target.quiet, "say nothing but failures on standard error");
-  addPath(app, "--log", "append the library's log to this file", target.logFile)->type_name("FILE");
+  addLog(app, target.logFile);
 }
 
 void addRanges(CLI::App& root, RangesOptions& target) {
@@ -208,6 +210,29 @@ void addRanges(CLI::App& root, RangesOptions& target) {
       *root.add_subcommand("ranges", "Show the device's ranges of brightness and contrast");
   addDevice(app, target.device);
   app.add_flag("--json", target.json, "write one JSON object to standard output");
+}
+
+void addStore(CLI::App& root, StoreOptions& target) {
+  CLI::App& app = *root.add_subcommand(
+      "store", "Run a command of a QZ device with the settings of a store application");
+  app.footer("\nCommands, with their codes:\n" + storeCommandHelp());
+  auto* command = app.add_option_function<std::string>(
+      "command",
+      [&target](const std::string& word) {
+        target.command = parseStoreCommand(word);
+        if (!target.command) {
+          refuseWord("store", word, storeCommandWords(),
+                     "'tvrscan help store' lists the commands and their codes");
+        }
+      },
+      "a command, by its word or its code");
+  command->type_name("COMMAND");
+  app.add_flag("--check", target.check, "look at the settings file and send nothing")
+      ->excludes(command);
+  app.add_flag("--print-template", target.printTemplate, "print a line for the settings file")
+      ->excludes(command);
+  app.add_flag("--quiet,-q", target.quiet, "say nothing but failures on standard error");
+  addLog(app, target.logFile);
 }
 
 void addInstanceId(CLI::App& app, std::string& target) {
@@ -261,7 +286,7 @@ std::string topicText(const std::string& topic, const CLI::App& root) {
     if (app->get_name() == topic) return app->help();
   }
   refuseWord("help", topic,
-             {"exit-codes", "sizes", "faults", "scan", "devices", "ranges", "virtual"},
+             {"exit-codes", "sizes", "faults", "scan", "devices", "ranges", "store", "virtual"},
              "the topics are exit-codes, sizes, faults and the commands");
 }
 
@@ -323,6 +348,7 @@ class Parser {
     root_.add_subcommand("devices", "List the USB devices that are present")
         ->add_flag("--json", devices_.json, "write one JSON object a line to standard output");
     addRanges(root_, ranges_);
+    addStore(root_, store_);
     addVirtualCommand(root_, virtual_);
     root_.add_subcommand("help", "Show help on a topic or command")
         ->add_option("topic", topic_, "exit-codes, sizes, faults, or a command");
@@ -350,9 +376,16 @@ class Parser {
     return *app;
   }
 
+  Command storeCommand() const {
+    if (store_.command || store_.check || store_.printTemplate) return store_;
+    throw UsageProblem{ExitCode::kUsage,
+                       "store: a COMMAND is missing\nTry 'tvrscan store --help'."};
+  }
+
   Command command() const {
     if (root_.got_subcommand("help")) return HelpOptions{topicText(topic_, root_)};
     if (root_.got_subcommand("devices")) return devices_;
+    if (root_.got_subcommand("store")) return storeCommand();
     const bool own = root_.got_subcommand("virtual");
     const DeviceOptions& device = root_.got_subcommand("scan") ? scan_.device : ranges_.device;
     const VirtualOptions& options = own ? virtual_.scanner : device.virtualOptions;
@@ -368,6 +401,7 @@ class Parser {
   ScanOptions scan_;
   DevicesOptions devices_;
   RangesOptions ranges_;
+  StoreOptions store_;
   VirtualCommandOptions virtual_;
   std::string topic_;
 };

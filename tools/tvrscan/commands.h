@@ -9,6 +9,7 @@ namespace tvrscn::cli {
 
 int runScan(const ScanOptions& options, StopRequests& stop);
 int runDevices(const DevicesOptions& options);
+int runStore(const StoreOptions& options, StopRequests& stop);
 int runRanges(const RangesOptions& options);
 int runVirtual(const VirtualCommandOptions& options, StopRequests& stop);
 

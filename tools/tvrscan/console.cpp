@@ -34,7 +34,7 @@ Console::Console(bool quiet) : quiet_(quiet) {
 
 void Console::data(const std::string& line) {
   clearProgress();
-  put(stdout, line + "\n");
+  put(dataStream(), line + "\n");
 }
 
 void Console::note(const std::string& text) {

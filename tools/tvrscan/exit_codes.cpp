@@ -5,7 +5,7 @@ namespace tvrscn::cli {
 const std::array<ExitCodeRow, 15> kExitCodes = {{
     {ExitCode::kDone, "done", "All pages are stored."},
     {ExitCode::kFailed, "failed", "Something went wrong inside tvrscan itself."},
-    {ExitCode::kUsage, "bad usage", "The command line cannot be understood."},
+    {ExitCode::kUsage, "bad usage", "The command line or a settings file cannot be understood."},
     {ExitCode::kNoDevice, "no such device", "The device is not there, or it is not clear which."},
     {ExitCode::kBusy, "device busy", "The scanner is busy, in use, or has no memory for the job."},
     {ExitCode::kPaperJam, "paper jam", "A document is stuck in the feeder."},

@@ -5,8 +5,10 @@
 
 #include "hp_job_report.h"
 #include "lowend_job_report.h"
+#include "qz_job_report.h"
 #include "scan_settings.h"
 #include "virtual/virtual_lowend_scanner.h"
+#include "virtual/virtual_qz_scanner.h"
 #include "words.h"
 
 namespace tvrscn::cli {
@@ -35,6 +37,8 @@ using HpScanner = Scanner<virtual_device::HpScannerOptions, virtual_device::addH
                           virtual_device::startHpScanner>;
 using LowEndScanner = Scanner<virtual_device::LowEndScannerOptions, virtual_device::addLowEndFault,
                               virtual_device::startLowEndScanner>;
+using QzScanner = Scanner<virtual_device::QzScannerOptions, virtual_device::addQzFault,
+                          virtual_device::startQzScanner>;
 
 Placement hpPlacement() {
   return {};
@@ -48,14 +52,21 @@ std::unique_ptr<JobReport> makeLowEndReport(const fs::path& deliveryFolder) {
   return std::make_unique<LowEndJobReport>(deliveryFolder);
 }
 
+std::unique_ptr<JobReport> makeQzReport(const fs::path& /*deliveryFolder*/) {
+  return std::make_unique<QzJobReport>();
+}
+
 constexpr Family kFamilies[] = {
-    {"hp", "HP", CONTROLLER_HP, false, false, nullptr, hpJobSettings, hpSettingsWithoutEffect,
-     makeHpReport, hpPlacement, HpScanner::faultProblem, virtual_device::hpFaultHelp,
-     HpScanner::start},
-    {"lowend", "LowEnd", CONTROLLER_LOWEND, true, true,
+    {"hp", "HP", CONTROLLER_HP, false, false, false, nullptr, hpJobSettings,
+     hpSettingsWithoutEffect, makeHpReport, hpPlacement, HpScanner::faultProblem,
+     virtual_device::hpFaultHelp, HpScanner::start},
+    {"lowend", "LowEnd", CONTROLLER_LOWEND, true, true, false,
      "the pages come all together, at the end of the job", lowEndJobSettings,
      lowEndSettingsWithoutEffect, makeLowEndReport, virtual_device::lowEndPlacement,
      LowEndScanner::faultProblem, virtual_device::lowEndFaultHelp, LowEndScanner::start},
+    {"qz", "QZ", CONTROLLER_QZ, false, true, true, nullptr, qzJobSettings, qzSettingsWithoutEffect,
+     makeQzReport, virtual_device::qzPlacement, QzScanner::faultProblem,
+     virtual_device::qzFaultHelp, QzScanner::start},
 };
 
 }  // namespace

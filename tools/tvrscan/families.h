@@ -25,6 +25,7 @@ struct Family {
   ControllerType controller;
   bool tellsRanges;  // the devices can be asked for their ranges of brightness and contrast
   bool narrowPaths;  // the library finds its files only where their paths are ASCII
+  bool takesTurns;   // one job at a time, over all programs
   const char* pace;  // how the pages of a job come where it is not one by one, else null
 
   // The job settings as the family's devices want them.
@@ -49,7 +50,7 @@ std::span<const Family> families();
 // By its word in any case; null for one that is not served.
 const Family* findFamily(std::string_view word);
 
-// "hp and lowend"
+// "hp, lowend and qz"
 std::string familyList();
 
 // Puts the documents of the command line into a scanner of any family.

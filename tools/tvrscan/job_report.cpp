@@ -14,6 +14,18 @@ void JobReport::onFileUnusable(const std::string& problem, bool /*hadRoom*/) {
   onPageLost(problem, kRoomRemedy);
 }
 
+void JobReport::loseAsDelivered(const std::string& problem, bool hadRoom) {
+  if (!hadRoom) {
+    onPageLost(problem, kRoomRemedy);
+    return;
+  }
+  loseTo({ExitCode::kDeviceFailed,
+          problem,
+          "The device sent no picture, or not all of one: scan that page again.",
+          "data that are no whole picture",
+          {}});
+}
+
 void JobReport::loseTo(const Outcome& outcome) {
   if (!lost_) lost_ = outcome;
 }
@@ -32,6 +44,15 @@ std::optional<Outcome> JobReport::whatWentWrong(
     }
   }
   return worst;
+}
+
+std::string plainText(const wchar_t* line) {
+  std::string text;
+  for (; *line != L'\0'; ++line) {
+    const bool ascii = *line > 0 && *line < 0x80;
+    text += ascii ? static_cast<char>(*line) : '?';
+  }
+  return text;
 }
 
 std::string_view trimmed(std::string_view text) {

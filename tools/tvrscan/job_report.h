@@ -30,6 +30,8 @@ class JobReport {
  public:
   virtual ~JobReport() = default;
 
+  // Another program's job holds the scanners; this one has to wait for its turn.
+  virtual void onTurnTaken() {}
   // Takes one log line. True when it shows that the job has moved on; a device that answers "busy"
   // again and again does not move.
   virtual bool onLogLine(std::string_view line) = 0;
@@ -67,6 +69,8 @@ class JobReport {
   std::optional<Outcome> whatWentWrong(
       std::initializer_list<const std::optional<Outcome>*> further = {}) const;
 
+  // For families whose library stores the bytes as they came: a page that is no picture came so.
+  void loseAsDelivered(const std::string& problem, bool hadRoom);
   // The end of a job that lost a page; the first one counts.
   void loseTo(const Outcome& outcome);
 
@@ -89,6 +93,9 @@ inline constexpr const char* kCoverRemedy = "Close the cover and scan again.";
 inline constexpr const char* kRoomRemedy =
     "Make room on the disk of the --out folder, then scan that page again. If there is room, the "
     "device sent data that is no image.";
+
+// A log line as it is looked at: its ASCII letters, and a question mark for each other one.
+std::string plainText(const wchar_t* line);
 
 // A log line without the blanks and line ends around it.
 std::string_view trimmed(std::string_view text);

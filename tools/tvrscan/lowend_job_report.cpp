@@ -145,15 +145,7 @@ void LowEndJobReport::onFailureWithoutCause(NotificationType type) {
 
 // The library stores the bytes as they came, so a page that is no picture came so.
 void LowEndJobReport::onFileUnusable(const std::string& problem, bool hadRoom) {
-  if (!hadRoom) {
-    JobReport::onFileUnusable(problem, hadRoom);
-    return;
-  }
-  loseTo({ExitCode::kDeviceFailed,
-          problem,
-          "The device sent no picture, or not all of one: scan that page again.",
-          "data that are no whole picture",
-          {}});
+  loseAsDelivered(problem, hadRoom);
 }
 
 void LowEndJobReport::onScanReturned(long result) {

@@ -7,6 +7,7 @@
 #include "command_line.h"
 #include "commands.h"
 #include "console.h"
+#include "system.h"
 
 namespace {
 
@@ -16,12 +17,13 @@ struct Runner {
   StopRequests& stop;
 
   int operator()(const HelpOptions& help) const {
-    std::fputs(help.text.c_str(), stdout);
+    std::fputs(help.text.c_str(), dataStream());
     return static_cast<int>(ExitCode::kDone);
   }
   int operator()(const ScanOptions& options) const { return runScan(options, stop); }
   int operator()(const DevicesOptions& options) const { return runDevices(options); }
   int operator()(const RangesOptions& options) const { return runRanges(options); }
+  int operator()(const StoreOptions& options) const { return runStore(options, stop); }
   int operator()(const VirtualCommandOptions& options) const { return runVirtual(options, stop); }
 };
 

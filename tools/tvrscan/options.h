@@ -3,6 +3,7 @@
 #define TVRSCN_TOOLS_TVRSCAN_OPTIONS_H
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -61,6 +62,14 @@ struct RangesOptions {
   bool json = false;
 };
 
+struct StoreOptions {
+  std::optional<int> command;  // its code; only check and printTemplate do without
+  bool check = false;
+  bool printTemplate = false;
+  bool quiet = false;
+  std::filesystem::path logFile;
+};
+
 struct VirtualCommandOptions {
   const Family* family = nullptr;  // never null once the command line is understood
   VirtualOptions scanner;
@@ -74,8 +83,8 @@ struct HelpOptions {
   std::string text;
 };
 
-using Command =
-    std::variant<HelpOptions, ScanOptions, DevicesOptions, RangesOptions, VirtualCommandOptions>;
+using Command = std::variant<HelpOptions, ScanOptions, DevicesOptions, RangesOptions, StoreOptions,
+                             VirtualCommandOptions>;
 
 }  // namespace tvrscn::cli
 

@@ -1,11 +1,12 @@
 #include <exception>
-#include <fstream>
 
 #include "tvrscn/scan_client.h"
+#include "tvrscn/tevrautil/named_mutex.h"
 
 #include "commands.h"
 #include "device_ranges.h"
 #include "families.h"
+#include "log_option.h"
 #include "scan_session.h"
 #include "scan_settings.h"
 #include "system.h"
@@ -15,14 +16,6 @@ namespace tvrscn::cli {
 namespace fs = std::filesystem;
 
 namespace {
-
-void openLog(const fs::path& file) {
-  if (file.empty()) return;
-  if (!std::ofstream(file, std::ios::app)) {
-    throw OutputError("the log file " + textOf(file) + " cannot be written");
-  }
-  setEnvironment("TVRSCN_LOG", textOf(fs::absolute(file)));
-}
 
 void tellNotes(Console& console, const ScanOptions& options, const PageStore& pages) {
   for (const std::string& note : options.device.family->settingsWithoutEffect(options.settings))
@@ -41,6 +34,13 @@ std::string askedFor(const ScanSettings& settings) {
                                        std::to_string(settings.size.height) + " mm";
   return "asked for " + size + ", " + settings.colorMode + ", " + settings.sides + ", " +
          settings.resolution + " dpi";
+}
+
+// Whether a job of another program runs that the next one has to wait for. It may end, or another
+// begin, as soon as this is said.
+bool anotherJobRuns() {
+  XMutex turn(L"MutexUSB");
+  return !turn.WaitWithRetry(0, 1);
 }
 
 // A family may answer a device that makes no sense with an exception of the library below it.
@@ -72,6 +72,7 @@ int scanWith(const ScanOptions& options, Reporter& reporter, PageStore& pages,
   const DeviceRanges ranges = family.tellsRanges ? askForRanges(client) : DeviceRanges{};
   if (family.tellsRanges) session.tell(settingsWithoutRange(options.settings, ranges));
   if (family.pace != nullptr) session.tell({askedFor(options.settings) + "; " + family.pace});
+  if (family.takesTurns && anotherJobRuns()) session.waitForTurn();
   TevraScanUIData settings = family.jobSettings(options.settings, ranges);
   return runJob(session, client, settings, pages.wideDeliveryFolder());
 }

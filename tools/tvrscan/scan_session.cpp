@@ -14,16 +14,6 @@ constexpr std::chrono::milliseconds kProgressInterval{200};
 // How long Ctrl-C waits for a line that is being printed to somebody who doesn't read.
 constexpr std::chrono::seconds kPatience{2};
 
-// Log lines are matched by their ASCII words alone.
-std::string plainText(const wchar_t* line) {
-  std::string text;
-  for (; *line != L'\0'; ++line) {
-    const bool ascii = *line > 0 && *line < 0x80;
-    text += ascii ? static_cast<char>(*line) : '?';
-  }
-  return text;
-}
-
 }  // namespace
 
 ScanSession::ScanSession(Reporter& reporter, PageStore& pages, ProcessFolder& folder,
@@ -160,6 +150,12 @@ void ScanSession::useDevice(const Device& device) {
   const std::lock_guard lock(mutex_);
   deviceName_ = device.hardwareId;
   reporter_.device(device, family_.word);
+}
+
+void ScanSession::waitForTurn() {
+  const std::lock_guard lock(mutex_);
+  report_->onTurnTaken();
+  reporter_.console().note("another program is scanning; this scan waits for its turn");
 }
 
 void ScanSession::tell(const std::vector<std::string>& notes) {

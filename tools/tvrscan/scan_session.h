@@ -40,6 +40,9 @@ class ScanSession {
   // Tells which device the job goes to. Before anything is asked of the device.
   void useDevice(const Device& device);
 
+  // Tells that another program's job has to end first.
+  void waitForTurn();
+
   // Notes for people.
   void tell(const std::vector<std::string>& notes);
 

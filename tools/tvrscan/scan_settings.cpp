@@ -58,6 +58,10 @@ TevraScanUIData lowEndJobSettings(const ScanSettings& settings, const DeviceRang
   return data;
 }
 
+TevraScanUIData qzJobSettings(const ScanSettings& settings, const DeviceRanges& ranges) {
+  return hpJobSettings(settings, ranges);
+}
+
 std::vector<std::string> hpSettingsWithoutEffect(const ScanSettings& settings) {
   std::vector<std::string> notes;
   const bool adjusted = settings.brightness != 0 || settings.contrast != 0;
@@ -83,6 +87,24 @@ std::vector<std::string> lowEndSettingsWithoutEffect(const ScanSettings& setting
   }
   noteResolution(settings, {"72x72", "1200x1200", "200x100", "200x400"}, "LowEnd", "200x200",
                  notes);
+  return notes;
+}
+
+std::vector<std::string> qzSettingsWithoutEffect(const ScanSettings& settings) {
+  std::vector<std::string> notes;
+  if (settings.brightness != 0 || settings.contrast != 0) {
+    notes.emplace_back(
+        "--brightness and --contrast are in full effect on the first page alone; every further "
+        "page of the job gets a quarter of the one before");
+  }
+  if (settings.contrast != 0 && settings.colorMode == "BlackAndWhite")
+    notes.emplace_back("--contrast has no effect with --mode bw");
+  if (settings.colorMode == "Auto") {
+    notes.emplace_back(
+        "devices of the QZ family don't choose the mode themselves: with --mode auto they scan in "
+        "colour");
+  }
+  noteResolution(settings, {"72x72", "1200x1200", "200x100", "200x400"}, "QZ", "200x200", notes);
   return notes;
 }
 

@@ -22,9 +22,14 @@ TevraScanUIData hpJobSettings(const ScanSettings& settings, const DeviceRanges& 
 // darkness. 0 goes out where it tells no range.
 TevraScanUIData lowEndJobSettings(const ScanSettings& settings, const DeviceRanges& ranges);
 
+// QZ: the image effect is the same as with HP; the library works it out anew for every page of a
+// job, with a quarter of the values of the page before.
+TevraScanUIData qzJobSettings(const ScanSettings& settings, const DeviceRanges& ranges);
+
 // What devices of the family will not do although they were asked to, a sentence each.
 std::vector<std::string> hpSettingsWithoutEffect(const ScanSettings& settings);
 std::vector<std::string> lowEndSettingsWithoutEffect(const ScanSettings& settings);
+std::vector<std::string> qzSettingsWithoutEffect(const ScanSettings& settings);
 
 // The same for what depends on the ranges that a device tells, of a family whose devices tell them.
 std::vector<std::string> settingsWithoutRange(const ScanSettings& settings,

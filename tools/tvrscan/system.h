@@ -3,15 +3,19 @@
 #define TVRSCN_TOOLS_TVRSCAN_SYSTEM_H
 
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 namespace tvrscn::cli {
 
-// Makes standard output and standard error take UTF-8, with the same line ends on every system.
-// Once, at the start of main.
+// Makes standard output and standard error take UTF-8, with the same line ends on every system, and
+// keeps standard output for this program's own data: what libraries print there comes out on
+// standard error from here on. Once, at the start of main.
 void prepareStreams();
+// Where data go: standard output, as it was before prepareStreams.
+std::FILE* dataStream();
 // Whether standard error is a terminal that can go back in a line.
 bool stderrIsTerminal();
 
@@ -37,6 +41,9 @@ std::filesystem::path createPrivateFolder(const std::filesystem::path& parent,
 // Makes an empty file. False when there is one of that name; throws std::system_error when it
 // cannot be made.
 bool createNewFile(const std::filesystem::path& file);
+
+// Whether this user may make files in the folder. May make one for a moment.
+bool canCreateFilesIn(const std::filesystem::path& folder);
 
 // The folder where the user's virtual devices are registered when nothing else is said; empty on a
 // system that keeps its list of devices elsewhere.

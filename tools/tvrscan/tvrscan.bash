@@ -22,7 +22,7 @@ _tvrscan_words() {
 _tvrscan_value() {
   case "$1" in
     --device) _tvrscan_words "$(_tvrscan_devices)" "$2" ;;
-    --virtual | --family) _tvrscan_words "hp lowend" "$2" ;;
+    --virtual | --family) _tvrscan_words "hp lowend qz" "$2" ;;
     --resolution) _tvrscan_words "75 100 150 200 300 400 600 1200" "$2" ;;
     --mode) _tvrscan_words "color gray bw auto" "$2" ;;
     --sides) _tvrscan_words "one two flip" "$2" ;;
@@ -48,7 +48,7 @@ _tvrscan() {
   COMPREPLY=()
 
   if ((COMP_CWORD == 1)); then
-    _tvrscan_words "scan devices ranges virtual help --help --version" "$current"
+    _tvrscan_words "scan devices ranges store virtual help --help --version" "$current"
     return
   fi
   _tvrscan_value "$previous" "$current" && return
@@ -60,14 +60,18 @@ _tvrscan() {
       ;;
     devices) _tvrscan_words "--json --help" "$current" ;;
     ranges) _tvrscan_words "$choice $scanner --json --help" "$current" ;;
+    store)
+      _tvrscan_words "scan cancel initialize inquiry reserve release start window read mode-select
+        mode-sense ready block-header wake-up --check --print-template --quiet --log --help" "$current"
+      ;;
     virtual)
       if ((COMP_CWORD == 2)); then
-        _tvrscan_words "hp lowend --help" "$current"
+        _tvrscan_words "hp lowend qz --help" "$current"
       else
         _tvrscan_words "$scanner --listen --instance-id --device-folder --help" "$current"
       fi
       ;;
-    help) _tvrscan_words "exit-codes sizes faults scan devices ranges virtual" "$current" ;;
+    help) _tvrscan_words "exit-codes sizes faults scan devices ranges store virtual" "$current" ;;
   esac
 }
 

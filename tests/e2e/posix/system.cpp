@@ -9,6 +9,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -104,15 +106,61 @@ bool ThreadWatch::wait(std::chrono::milliseconds patience) {
   return true;
 }
 
+namespace {
+
+void writeText(const fs::path& file, const std::string& text) {
+  std::ofstream(file) << text;
+}
+
+// One user in the new namespace, who may do what root may do there.
+bool enterNamespaces() {
+  const uid_t user = geteuid();
+  const gid_t group = getegid();
+  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+  writeText("/proc/self/setgroups", "deny");
+  writeText("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
+  writeText("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
+  return true;
+}
+
+}  // namespace
+
+fs::path enterOwnRoot(const fs::path& folder) {
+  fs::create_directories(folder);
+  if (!enterNamespaces() || mount("none", folder.c_str(), "tmpfs", 0, nullptr) != 0) return {};
+  for (const auto& entry : fs::directory_iterator("/")) {
+    const fs::path inside = folder / entry.path().filename();
+    if (fs::is_symlink(entry.path())) {
+      fs::copy_symlink(entry.path(), inside);
+    } else if (fs::is_directory(entry.path())) {
+      fs::create_directory(inside);
+      mount(entry.path().c_str(), inside.c_str(), nullptr, MS_BIND | MS_REC, nullptr);
+    }
+  }
+  if (chroot(folder.c_str()) != 0 || chdir("/") != 0) return {};
+  return "/";
+}
+
 struct DialogAnswers::State {
   fs::path records;
 };
 
-DialogAnswers::DialogAnswers(const fs::path& folder) : state_(std::make_unique<State>()) {
+// The exit status is the button: 1 OK, 2 Cancel, 4 Retry, which boxes of kind 5 have. The keys for
+// the next dialogs stand in a file, a line each.
+DialogAnswers::DialogAnswers(const fs::path& folder, const std::vector<DialogKey>& keys)
+    : state_(std::make_unique<State>()) {
   state_->records = folder / "dialogs";
   const fs::path program = folder / "answer";
+  const fs::path keyFile = folder / "keys";
+  std::ofstream keyLines(keyFile);
+  for (const DialogKey key : keys)
+    keyLines << (key == DialogKey::kEscape ? "escape" : "enter") << '\n';
+  keyLines.close();
   std::ofstream(program) << "#!/bin/sh\nprintf '%s|%s|%s\\n' \"$1\" \"$2\" \"$3\" >>"
-                         << state_->records << "\nexit 1\n";
+                         << state_->records << "\nkey=$(sed -n \"$(grep -c '' " << state_->records
+                         << ")p\" " << keyFile
+                         << ")\n[ \"$key\" != escape ] || exit 2\n"
+                            "[ $(($3 & 15)) -ne 5 ] || exit 4\nexit 1\n";
   fs::permissions(program, fs::perms::owner_all);
   setVariable("TVRSCN_DIALOG", program.string());
 }

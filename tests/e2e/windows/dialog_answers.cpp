@@ -1,5 +1,5 @@
 // A thread that watches for dialogs of this process, reads them off the screen as a user would,
-// takes a picture of each kind and presses Enter. A dialog runs a message loop of its own on the
+// takes a picture of each kind and presses a key. A dialog runs a message loop of its own on the
 // thread that shows it, so everything here goes through the window system.
 #include <array>
 #include <atomic>
@@ -73,27 +73,27 @@ Dialog readDialog(HWND window) {
   return dialog;
 }
 
-void pressEnter(HWND window) {
+void press(HWND window, DialogKey key) {
   SetForegroundWindow(window);
   std::array<INPUT, 2> keys{};
-  for (INPUT& key : keys) {
-    key.type = INPUT_KEYBOARD;
-    key.ki.wVk = VK_RETURN;
+  for (INPUT& input : keys) {
+    input.type = INPUT_KEYBOARD;
+    input.ki.wVk = key == DialogKey::kEscape ? VK_ESCAPE : VK_RETURN;
   }
   keys[1].ki.dwFlags = KEYEVENTF_KEYUP;
   SendInput(static_cast<UINT>(keys.size()), keys.data(), sizeof(INPUT));
 }
 
 // Presses the key again when the window had no eye for it yet.
-void answer(HWND window) {
+void answer(HWND window, DialogKey key) {
   constexpr auto kPatience = 300ms;
   for (int tries = 0; tries < 20 && IsWindow(window) != 0; ++tries) {
-    pressEnter(window);
+    press(window, key);
     const auto end = std::chrono::steady_clock::now() + kPatience;
     while (IsWindow(window) != 0 && std::chrono::steady_clock::now() < end)
       std::this_thread::sleep_for(5ms);
   }
-  if (IsWindow(window) != 0) ADD_FAILURE() << "a dialog does not take the Enter key";
+  if (IsWindow(window) != 0) ADD_FAILURE() << "a dialog does not take its key";
 }
 
 // One picture of each text for the whole run, if the run wants any.
@@ -122,21 +122,26 @@ struct DialogAnswers::State {
   void takeCareOf(HWND window) {
     const Dialog dialog = readDialog(window);
     if (dialog.text.empty()) return;  // still being made
+    DialogKey key = DialogKey::kEnter;
     {
       const std::lock_guard lock(mutex);
+      if (dialogs.size() < keys.size()) key = keys[dialogs.size()];
       dialogs.push_back(dialog);
     }
     keepPicture(window, dialog);
-    answer(window);
+    answer(window, key);
   }
 
+  std::vector<DialogKey> keys;
   std::mutex mutex;
   std::vector<Dialog> dialogs;
   std::atomic<bool> over = false;
   std::thread thread;
 };
 
-DialogAnswers::DialogAnswers(const fs::path& /*folder*/) : state_(std::make_unique<State>()) {
+DialogAnswers::DialogAnswers(const fs::path& /*folder*/, const std::vector<DialogKey>& keys)
+    : state_(std::make_unique<State>()) {
+  state_->keys = keys;
   state_->thread = std::thread([this] { state_->watch(); });
 }
 

@@ -16,4 +16,11 @@ void clearVariable(const std::string& name) {
   setVariable(name, "");
 }
 
+// The system's own drive; a run of the tests has it to itself.
+fs::path enterOwnRoot(const fs::path& /*folder*/) {
+  const fs::path root = LR"(C:\)";
+  fs::current_path(root);
+  return root;
+}
+
 }  // namespace tvrscn::test

@@ -12,7 +12,28 @@
 
 namespace tvrscn::cli {
 
-void prepareStreams() {}
+namespace {
+
+std::FILE* data = nullptr;  // null: stdout
+
+}  // namespace
+
+void prepareStreams() {
+  constexpr int kBehindTheStandardOnes = 3;
+  const int copy = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kBehindTheStandardOnes);
+  if (copy < 0) return;
+  data = fdopen(copy, "w");
+  if (data == nullptr) {
+    close(copy);
+    return;
+  }
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  std::setvbuf(stdout, nullptr, _IONBF, 0);
+}
+
+std::FILE* dataStream() {
+  return data != nullptr ? data : stdout;
+}
 
 bool stderrIsTerminal() {
   return isatty(STDERR_FILENO) == 1;
@@ -61,6 +82,10 @@ bool createNewFile(const std::filesystem::path& file) {
   }
   if (errno == EEXIST) return false;
   throw std::system_error(errno, std::generic_category(), file.string());
+}
+
+bool canCreateFilesIn(const std::filesystem::path& folder) {
+  return access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
 std::filesystem::path userDeviceFolder() {

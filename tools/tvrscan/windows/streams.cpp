@@ -20,6 +20,20 @@ struct ConsoleState {
 };
 ConsoleState consoleState;
 
+std::FILE* data = nullptr;  // null: stdout
+
+void keepStandardOutput() {
+  const int copy = _dup(_fileno(stdout));
+  if (copy < 0) return;
+  data = _fdopen(copy, "wb");
+  if (data == nullptr) {
+    _close(copy);
+    return;
+  }
+  _dup2(_fileno(stderr), _fileno(stdout));
+  std::setvbuf(stdout, nullptr, _IONBF, 0);
+}
+
 bool isConsole(DWORD stream, DWORD& mode) {
   const HANDLE handle = GetStdHandle(stream);
   return handle != nullptr && handle != INVALID_HANDLE_VALUE && GetConsoleMode(handle, &mode) != 0;
@@ -31,6 +45,7 @@ void prepareStreams() {
   // Lines end the same on every system, for the programs that read them.
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);
+  keepStandardOutput();
   consoleState.codePage = GetConsoleOutputCP();
   if (consoleState.codePage != 0) SetConsoleOutputCP(CP_UTF8);
   if (isConsole(STD_ERROR_HANDLE, consoleState.stderrMode)) {
@@ -46,6 +61,10 @@ void restoreStreams() {
     SetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), consoleState.stderrMode);
   }
   if (consoleState.codePage != 0) SetConsoleOutputCP(consoleState.codePage);
+}
+
+std::FILE* dataStream() {
+  return data != nullptr ? data : stdout;
 }
 
 bool stderrIsTerminal() {

@@ -102,6 +102,16 @@ bool createNewFile(const fs::path& file) {
   throw lastError(error, file);
 }
 
+// Rights say little of what a folder takes in the end, so it is tried.
+bool canCreateFilesIn(const fs::path& folder) {
+  const fs::path file = folder / (L"tvrscan-" + randomLetters());
+  const HANDLE handle = CreateFileW(file.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return false;
+  CloseHandle(handle);
+  return true;
+}
+
 // Devices stand in the registry.
 fs::path userDeviceFolder() {
   return {};
