@@ -54,7 +54,7 @@ check() {
 
 # build PRESET TARGET...: all targets without names.
 build() {
-  local preset=$1 log="$logs/build-$1.log" target=() options=(-DTVRSCN_BUILD_TESTS=ON)
+  local preset=$1 log="$logs/build-$1.log" target=() options=(-DTVRSCN_BUILD_TESTS=ON -DTVRSCN_PRECOMPILE_TESTS=ON)
   shift
   [ "$preset" = linux ] && options+=(-DTVRSCN_BUILD_BENCHMARKS=ON)
   for name in "$@"; do target+=(--target "$name"); done
@@ -139,6 +139,7 @@ if wanted windows; then
       run_programs windows wine 1 "${programs[@]/%/.exe}"
       check "contract driver on Windows" tests/contract/check-installed-driver.sh windows build/windows
       check "example driver on Windows" tests/contract/check-example-driver.sh windows build/windows
+      check "alerts on Windows" tests/alerts/check-windows-alerts.sh build/linux build/windows
       check "tvrscan on both systems" tests/windows/check-tvrscan.sh build/linux build/windows
       check "pages of both systems" tests/windows/compare-pages.sh build/linux build/windows \
         "$wine_output/pages"
@@ -186,7 +187,7 @@ fuzz_verdict() {
 if wanted fuzz; then
   say "fuzzing"
   fuzzing=()
-  fuzzers=(hp_answers lowend_documents lowend_stream)
+  fuzzers=(hp_answers lowend_documents lowend_stream qz_replies qz_settings_line ipp_answer)
   if build fuzz "${fuzzers[@]/%/_fuzzer}"; then
     for fuzzer in "${fuzzers[@]}"; do
       fuzz_target "$fuzzer" >"$logs/$fuzzer-fuzzer.log" 2>&1 &

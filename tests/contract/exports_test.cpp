@@ -130,9 +130,21 @@ unsigned long exportedSize(const std::string& library, const std::string& symbol
 // bookkeeping and the two forms of the destructor.
 TEST(ExportedTables, SettingsSourcesHaveOnlyTheirDestructor) {
   for (const char* table : {"_ZTV18CUSBScanDataSource", "_ZTV20CHPUSBScanDataSource",
-                            "_ZTV24CLowEndUSBScanDataSource"}) {
+                            "_ZTV24CLowEndUSBScanDataSource", "_ZTV20CQZUSBScanDataSource"}) {
     EXPECT_EQ(exportedSize(TVRSCN_USBCLIENT_FILE, table), 4 * sizeof(void*)) << table;
   }
+}
+
+// Two words, the destructor's two forms, and one slot for each further virtual function.
+TEST(ExportedTables, QZControllerHasItsVirtualFunctionsAlone) {
+  constexpr unsigned long kFunctions = 23;
+  EXPECT_EQ(exportedSize(TVRSCN_USBCLIENT_FILE, "_ZTV17USB_QZ_Controller"),
+            (4 + kFunctions) * sizeof(void*));
+}
+
+// Programs look it up by name.
+TEST(ExportedFunctions, StoreApplicationsEntryIsUndecorated) {
+  EXPECT_NE(exportedSize(TVRSCN_USBCLIENT_FILE, "scanFromStoreApp"), 0U);
 }
 
 }  // namespace

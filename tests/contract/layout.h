@@ -96,6 +96,35 @@ inline const Field kFields[] = {
     FIELD(LowEnd_USB_Response, payloadLength, 4, 4),
     FIELD(LowEnd_USB_Response, statusByte, 8, 1),
     FIELD(LowEnd_USB_Response, reservedByte2, 9, 1),
+    FIELD(USBVendorPacketHeader, bClientID, 0, 1),
+    FIELD(USBVendorPacketHeader, bCommandId, 1, 1),
+    FIELD(USBVendorPacketHeader, bOperationStatus, 2, 1),
+    FIELD(USBVendorPacketHeader, bScannerStatus, 3, 1),
+    FIELD(USBVendorPacketHeader, dwDataLength, 4, 4),
+    FIELD(USBVendorReservation, csCharacterSet, 4, 34),
+    FIELD(USBVendorReservation, csComputerName, 38, 34),
+    FIELD(USBVendorReservation, csUserName, 72, 34),
+    FIELD(USBVendorSetWindowData, wXResolution, 2, 2),
+    FIELD(USBVendorSetWindowData, wYResolution, 4, 2),
+    FIELD(USBVendorSetWindowData, dwWindowWidth, 16, 4),
+    FIELD(USBVendorSetWindowData, dwWindowLength, 20, 4),
+    FIELD(USBVendorSetWindowData, bColorMode, 26, 1),
+    FIELD(USBVendorSetWindowData, bBitDepth, 27, 1),
+    FIELD(USBVendorSetWindowData, bBackgroundFlags, 28, 1),
+    FIELD(USBVendorSetWindowData, bColorControl, 29, 1),
+    FIELD(USBVendorSetWindowData, dwScanWidth, 40, 4),
+    FIELD(USBVendorSetWindowData, dwScanLength, 44, 4),
+    FIELD(USBVendorSubDevicePage, bFeederOptions, 2, 1),
+    FIELD(USBVendorSubDevicePage, wPageCount, 3, 2),
+    FIELD(USBVendorSubDevicePage, bDuplexOptions, 5, 1),
+    FIELD(USBVendorSubDevicePage, dwFlatbedMaxWidth, 8, 4),
+    FIELD(USBVendorSubDevicePage, dwFlatbedMaxLength, 12, 4),
+    FIELD(USBVendorSubDevicePage, dwFeederMaxWidth, 16, 4),
+    FIELD(USBVendorSubDevicePage, dwFeederMaxLength, 20, 4),
+    FIELD(USBVendorSubDevicePage, wMaxXResolution, 28, 2),
+    FIELD(USBVendorSubDevicePage, wMaxYResolution, 30, 2),
+    FIELD(USBVendorSubDevicePage, wMinXResolution, 32, 2),
+    FIELD(USBVendorSubDevicePage, wMinYResolution, 34, 2),
 };
 
 #undef FIELD
@@ -114,6 +143,13 @@ static_assert(std::is_trivially_copyable_v<HPPKUSBReadResponse>);
 static_assert(sizeof(LowEnd_USB_Response) == 10);
 static_assert(alignof(LowEnd_USB_Response) == 1);
 static_assert(std::is_trivially_copyable_v<LowEnd_USB_Response>);
+static_assert(sizeof(USBVendorPacketHeader) == 8);
+static_assert(sizeof(USBVendorReservation) == 272);
+static_assert(sizeof(USBVendorSetWindowData) == 48);
+static_assert(sizeof(USBVendorSubDevicePage) == 56);
+static_assert(sizeof(USBVendorMeasurementUnit) == 8);
+static_assert(alignof(USBVendorSubDevicePage) == 1);
+static_assert(std::is_trivially_copyable_v<USBVendorSubDevicePage>);
 
 // What the LowEnd controller keeps of a job.
 
@@ -144,8 +180,71 @@ std::ptrdiff_t slotOf(Function function) {
   return word % kWord == 1 ? (word - 1) / kWord : kNotVirtual;
 }
 
+// True when each member stands behind the one before it, within the object.
+template <typename Object, typename... Members>
+bool inOrder(const Object& object, const Members&... members) {
+  const auto addressOf = [](const auto& thing) { return reinterpret_cast<std::uintptr_t>(&thing); };
+  std::uintptr_t end = addressOf(object);
+  for (const std::uintptr_t member : {addressOf(members)...}) {
+    if (member < end) return false;
+    end = member + 1;
+  }
+  return end <= addressOf(object) + sizeof object;
+}
+
+}  // namespace tvrscn::contract
+
 #define SLOT(function, expected) \
-  { #function, slotOf(&function), expected }
+  { #function, tvrscn::contract::slotOf(&function), expected }
+
+// The QZ controller's functions and members are private, and part of the contract all the same.
+struct QZTestPeer {
+  static std::vector<tvrscn::contract::Slot> virtualSlots() {
+    using QZ = USB_QZ_Controller;
+    return {
+        SLOT(QZ::doScan, 2),
+        SLOT(QZ::GetUSBBrightnessContrastValue, 3),
+        SLOT(QZ::sendCancelScanSequence, 4),
+        SLOT(QZ::sendInquiryCommand, 5),
+        SLOT(QZ::sendWakeupCommand, 6),
+        SLOT(QZ::sendReleaseCommand, 7),
+        SLOT(QZ::sendTestUnitReadyCommand, 8),
+        SLOT(QZ::sendReserveUnitCommand, 9),
+        SLOT(QZ::sendIntializeCommand, 10),
+        SLOT(QZ::sendSetWindow, 11),
+        SLOT(QZ::sendScanCommand, 12),
+        SLOT(QZ::sendModeSenseCommand, 13),
+        SLOT(QZ::sendModeSelectCommand, 14),
+        SLOT(QZ::sendReadBlockHeaderCommand, 15),
+        SLOT(QZ::sendReadCommand, 16),
+        SLOT(QZ::sendScanSequence, 17),
+        SLOT(QZ::readImageData, 18),
+        SLOT(QZ::setOperationStatusCode, 19),
+        SLOT(QZ::mapSenseInformation, 20),
+        SLOT(QZ::setSenseInformation, 21),
+        SLOT(QZ::ReadVendorHeader, 22),
+        SLOT(QZ::HandleUsbDeviceCommunication, 23),
+        SLOT(QZ::ReadVendorResponseData, 24),
+        SLOT(QZ::GetEncodedString, tvrscn::contract::kNotVirtual),
+        SLOT(QZ::GetUSBScanDataSource, tvrscn::contract::kNotVirtual),
+        SLOT(QZ::sendCommandstoDevice, tvrscn::contract::kNotVirtual),
+        SLOT(QZ::setStoreAppPropertiesToScan, tvrscn::contract::kNotVirtual),
+    };
+  }
+
+  static bool membersAreInOrder(const USB_QZ_Controller& c) {
+    return tvrscn::contract::inOrder(
+        c, c.m_senseMessages, c.m_scanDataSource, c.m_operationStatusText, c.m_scannerStatusText,
+        c.m_senseText, c.m_imageData, c.m_imageDataSize, c.m_blockSize, c.m_scanFolder,
+        c.m_retryScan, c.m_pendingModePage, c.m_operationStatus, c.m_documentPresent,
+        c.m_scannerFlag7, c.m_scannerFlag5, c.m_scannerFlag4);
+  }
+  static bool membersAreInOrder(const CQZUSBScanDataSource& s) {
+    return tvrscn::contract::inOrder(s, s.m_subDevicePage, s.m_measurementUnit);
+  }
+};
+
+namespace tvrscn::contract {
 
 inline std::vector<Slot> virtualSlots() {
   return {
@@ -156,6 +255,7 @@ inline std::vector<Slot> virtualSlots() {
       SLOT(ScanBaseClient::GetScanInterfaceVersion, 6),
       SLOT(ScanBaseClient::Dump, 7),
       SLOT(ScanBaseClient::SetUsingTevraUI, 8),
+      SLOT(ScanBaseClient::GetProductData, kNotVirtual),
       SLOT(CScanUSBClient::Scan, 2),
       SLOT(CScanUSBClient::InitScanConfigInfo, 3),
       SLOT(CScanUSBClient::GetBrightnessContrastValue, 4),
@@ -180,39 +280,45 @@ static_assert(std::has_virtual_destructor_v<USBException>);
 static_assert(std::has_virtual_destructor_v<CUSBScanDataSource>);
 static_assert(std::has_virtual_destructor_v<CHPUSBScanDataSource>);
 static_assert(std::has_virtual_destructor_v<CLowEndUSBScanDataSource>);
+static_assert(std::has_virtual_destructor_v<CQZUSBScanDataSource>);
 static_assert(std::has_virtual_destructor_v<XMutex>);
 static_assert(!std::is_polymorphic_v<TevraScanUIData>);
 static_assert(!std::is_polymorphic_v<CErrorCodeDictionary>);
+static_assert(!std::is_polymorphic_v<ProductData>);
+static_assert(std::is_same_v<decltype(&ScanBaseClient::GetProductData),
+                             void (ScanBaseClient::*)(std::string, ProductData&)>);
 
 static_assert(std::is_base_of_v<ScanBaseClient, CScanUSBClient>);
 static_assert(std::is_base_of_v<BaseUSBController, USB_HP_Controller>);
 static_assert(std::is_base_of_v<BaseUSBController, USB_LowEnd_Controller>);
+static_assert(std::is_base_of_v<BaseUSBController, USB_QZ_Controller>);
 static_assert(std::is_base_of_v<CUSBScanDataSource, CHPUSBScanDataSource>);
 static_assert(std::is_base_of_v<CUSBScanDataSource, CLowEndUSBScanDataSource>);
+static_assert(std::is_base_of_v<CUSBScanDataSource, CQZUSBScanDataSource>);
 static_assert(sizeof(CHPUSBScanDataSource) == sizeof(CUSBScanDataSource), "adds no data");
 static_assert(sizeof(CLowEndUSBScanDataSource) == sizeof(CUSBScanDataSource) + sizeof(std::string),
               "adds one text");
+static_assert(sizeof(CQZUSBScanDataSource) == sizeof(CUSBScanDataSource) + 56 + 8,
+              "adds the two mode pages");
+static_assert(std::is_same_v<decltype(&scanFromStoreApp), void (*)(int)>);
 static_assert(sizeof(CScanUSBClient) == sizeof(ScanBaseClient) + sizeof(void*), "adds one pointer");
 static_assert(std::is_same_v<decltype(ScanBaseClient::m_scanUIData), TevraScanUIData>);
 static_assert(sizeof(USBException) == sizeof(std::exception), "adds no field");
-
-// True when each member stands behind the one before it, within the object.
-template <typename Object, typename... Members>
-bool inOrder(const Object& object, const Members&... members) {
-  const auto addressOf = [](const auto& thing) { return reinterpret_cast<std::uintptr_t>(&thing); };
-  std::uintptr_t end = addressOf(object);
-  for (const std::uintptr_t member : {addressOf(members)...}) {
-    if (member < end) return false;
-    end = member + 1;
-  }
-  return end <= addressOf(object) + sizeof object;
-}
 
 inline bool dictionaryIsInOrder(const CErrorCodeDictionary& d) {
   return inOrder(d, d.m_strScannerBusy, d.m_strDeviceError, d.m_strGeneralError,
                  d.m_strJobCancelled, d.m_strNoDocument, d.m_strInvalidRequest, d.m_strPaperJam,
                  d.m_strCommFailure, d.m_strTitle, d.m_strCommFailureTitle, d.m_strCoverOpen,
                  d.m_strPaperJamTitle);
+}
+
+inline bool productIsInOrder(const ProductData& p) {
+  return inOrder(p, p.ModelName, p.SysObjectIds, p.USBProductId, p.USBVendorId,
+                 p.ConditionalModelDesignation, p.Mimic, p.PrinterMimic, p.TwainSettingURL,
+                 p.MopriaSettingURL, p.DefaultColorMode, p.DefaultResolution, p.DefaultScanSide,
+                 p.DefaultPaperSupport, p.RatedSpeed, p.DefaultNetworkScan, p.USBScanSupport,
+                 p.IPPScanSupport, p.NSPScanSupport, p.SslSysObjectId, p.ControllerFamily,
+                 p.USBEndPointHWID, p.ColorModes, p.Resolution, p.ScanSides, p.PaperSupport);
 }
 
 inline bool settingsAreInOrder(const TevraScanUIData& s) {

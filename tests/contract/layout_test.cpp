@@ -113,8 +113,32 @@ TEST(Values, LowEndOperationCodes) {
   EXPECT_EQ(sizeof(LowEndUSBOperationCode), 1U);
 }
 
+TEST(Values, QZDeviceCodes) {
+  const struct {
+    int code;
+    int value;
+  } kCases[] = {
+      {USBVENDOR_INITIALIZE, 0x07},
+      {USBVENDOR_INQUIRY, 0x12},
+      {USBVENDOR_RESERVE_UNIT, 0x16},
+      {USBVENDOR_RELEASE_UNIT, 0x17},
+      {USBVENDOR_SCAN, 0x1B},
+      {USBVENDOR_SET_WINDOW, 0x24},
+      {USBVENDOR_READ, 0x28},
+      {USBVENDOR_MODE_SELECT, 0x55},
+      {USBVENDOR_MODE_SENSE, 0x5A},
+      {USBVENDOR_TEST_UNIT_READY, 0xC1},
+      {USBVENDOR_READ_BLOCK_HEADER, 0xC2},
+      {USBVENDOR_WAKEUP, 0xC3},
+  };
+  for (const auto& row : kCases)
+    EXPECT_EQ(row.code, row.value);
+}
+
 TEST(VirtualFunctions, StandInTheSlotsThatDriversCall) {
   for (const Slot& slot : virtualSlots())
+    EXPECT_EQ(slot.slot, slot.expected) << slot.function;
+  for (const Slot& slot : QZTestPeer::virtualSlots())
     EXPECT_EQ(slot.slot, slot.expected) << slot.function;
 }
 
@@ -122,8 +146,17 @@ TEST(Members, OfTheDictionaryInOrder) {
   EXPECT_TRUE(dictionaryIsInOrder(CErrorCodeDictionary()));
 }
 
+TEST(Members, OfAModelInOrder) {
+  EXPECT_TRUE(productIsInOrder(ProductData()));
+}
+
 TEST(Members, OfTheSettingsInOrder) {
   EXPECT_TRUE(settingsAreInOrder(TevraScanUIData()));
+}
+
+TEST(Members, OfTheQZFamilyInOrder) {
+  EXPECT_TRUE(QZTestPeer::membersAreInOrder(USB_QZ_Controller()));
+  EXPECT_TRUE(QZTestPeer::membersAreInOrder(CQZUSBScanDataSource()));
 }
 
 TEST(Members, DisorderIsSeen) {

@@ -2,7 +2,8 @@
 """Writes the seed corpora. hp_answers_fuzzer: jobs that go well, and the common ends of those that do
 not; the strip is any JPEG of 16 by 8 pixels, given as the only argument. lowend_documents_fuzzer: each
 document of a device, whole and with values that do not belong there. lowend_stream_fuzzer: image
-packets with each marker word, whole and torn; every other job is one for TIFF files."""
+packets with each marker word, whole and torn; every other job is one for TIFF files. qz_replies: whole
+jobs, and their common ends; the page is the same JPEG. qz_settings_line: files of a store application."""
 import pathlib
 import struct
 import sys
@@ -121,3 +122,101 @@ write_corpus("lowend_stream", {
     "control": packet(b"ab") + packet(b"abc", 0, 2) + FAIL + packet(jpeg)[1:] + last,
     "silence": b"\x40" * 9 + packet(b"xxII") + packet(b"NEWFIL") + packet(b"E"),
 })
+
+
+def reply(command, data=b"", status=0, state=0, client=5):
+    """A header, and its data if there are any."""
+    header = struct.pack(">4BI", client, command, status, state, len(data))
+    return FULL + header + (FULL + data if data else b"")
+
+
+def sense(command, code):
+    return reply(command, bytes(4) + bytes.fromhex(code), status=2)
+
+
+DOCUMENT = 0x40
+mode_page = (b"\0\0\x23\0\0\x30\0\0" + struct.pack(">4I", 2160, 2970, 2160, 3560) + bytes(4) +
+             struct.pack(">4H", 600, 600, 100, 100) + bytes(20))
+reserved = reply(0xC3) + reply(0x16)
+set_up = (reply(0x07) + reply(0x5A, mode_page) + reply(0x5A, bytes(8)) + reply(0x55) + reply(0x24) +
+          reply(0x1B) + reply(0xC2, bytes(4) + b"\0\4\0\0"))
+one_reply = reply(0x28, strip, state=3)
+parts = [strip[at:at + 200] for at in range(0, len(strip), 200)]
+chain = b"".join(reply(0x28, part, state=2) for part in parts) + reply(0x28, state=3)
+block_end = reply(0x28, strip[:100], state=5) + reply(0xC2, bytes(8))
+ready, loaded = reply(0xC1), reply(0xC1, state=DOCUMENT)
+closing = reply(0x07) + reply(0x17)
+SCAN, READ = 0, 9
+qz_seeds = {
+    "flatbed": (SCAN, reserved + ready + set_up + one_reply + ready + closing),
+    "feeder": (SCAN, reserved + loaded + set_up + chain + loaded + set_up + one_reply + ready + closing),
+    "block-end": (SCAN, reserved + loaded + set_up + block_end + loaded + set_up + one_reply + ready +
+                  closing),
+    "cancelled": (SCAN, reserved + ready + set_up + reply(0x28, strip[:50], state=2) +
+                  sense(0x28, "060000") + closing),
+    "paper-jam": (SCAN, reserved + loaded + set_up + sense(0x28, "025300") + reply(0x17)),
+    "no-paper": (SCAN, reserved + loaded + reply(0x07) + reply(0x5A, mode_page) + reply(0x5A, bytes(8)) +
+                 sense(0x55, "023A00") + reply(0x17)),
+    "busy": (SCAN, reply(0xC3, status=8)),
+    "prohibited": (SCAN, reserved + reply(0xC1, status=35) + reply(0x17)),
+    "read-alone": (READ, chain),
+    "block-ends": (READ, reply(0x28, b"x", state=5) * 6 + reply(0x28, state=3)),
+    "other-state": (READ, reply(0x28, strip, state=4)),
+    "short-sense": (READ, reply(0x28, b"\0\0\0\0\6", status=2)),
+    "cancel-sequence": (8, closing),
+    "mode-pages": (12, reply(0x5A, mode_page[:9]) + reply(0x5A, b"\1")),
+    "inquiry": (13, reply(0x12, b"\x1f\x80" + b"A" * 100)),
+}
+write_corpus("qz_replies", {name: bytes([what]) + body for name, (what, body) in qz_seeds.items()})
+
+fields = b"Grayscale,300x300,TwoSided,210,297,1,-40,25,Off,1,VID_0A7E,ISO_A4LEF"
+texts = pathlib.Path(__file__).parent / "corpus" / "qz_settings_line"
+texts.mkdir(parents=True, exist_ok=True)
+for name, content in {
+    "whole": fields + b"\n",
+    "windows": fields + b"\r\nmore\r\n",
+    "no-end": fields,
+    "thirteen": fields + b",x\n",
+    "commas": b",," + fields.replace(b",", b",,,") + b",",
+    "blanks": fields.replace(b",", b", ") + b" \n",
+    "letters": fields.replace(b"297", b"A4"),
+    "too-large": fields.replace(b"25", b"2147483648"),
+    "signs": fields.replace(b"210", b"+2147483647mm").replace(b"-40", b" -2147483648"),
+    "zero-byte": fields.replace(b"LEF", b"L\0EF"),
+    "longest": fields.replace(b"VID_0A7E", b"V" * (511 - len(fields) + 8)),
+    "cut": fields.replace(b"VID_0A7E", b"V" * (512 - len(fields) + 8)) + b"\r\n",
+    "empty": b"",
+    "empty-line": b"\r\n" + fields,
+}.items():
+    (texts / name).write_bytes(content)
+
+
+# Answers of a printer to the status question.
+def value(tag, name, content):
+    return bytes([tag]) + struct.pack(">H", len(name)) + name + struct.pack(">H", len(content)) + content
+
+
+def printer_answer(*values, status=0):
+    return (struct.pack(">HHIB", 0x0101, status, 1, 1) + value(0x47, b"attributes-charset", b"utf-8") +
+            value(0x48, b"attributes-natural-language", b"en") + b"\4" + b"".join(values) + b"\3")
+
+
+state = value(0x23, b"printer-state", b"\0\0\0\5")
+jam = value(0x44, b"printer-state-reasons", b"media-jam-error")
+answers = pathlib.Path(__file__).parent / "corpus" / "ipp_answer"
+answers.mkdir(parents=True, exist_ok=True)
+for name, content in {
+    "well": printer_answer(value(0x44, b"printer-state-reasons", b"none")),
+    "stopped": printer_answer(state),
+    "reasons": printer_answer(state, jam, value(0x44, b"", b"cover-open-warning"),
+                              value(0x44, b"", b"toner-low-report")),
+    "alerts": printer_answer(jam, value(0x30, b"printer-alert", b"code=jam;severity=critical"),
+                             value(0x30, b"", b"code=scanMediaPathJam;severity=warning"),
+                             value(0x41, b"printer-alert-description", "Tür".encode()),
+                             value(0x35, b"", b"\0\2en\0\4text")),
+    "collection": printer_answer(value(0x34, b"printer-alert", b""), value(0x4A, b"", b"member"),
+                                 value(0x41, b"", b"x"), value(0x37, b"", b""), jam),
+    "refused": printer_answer(status=0x0406),
+    "cut": printer_answer(state, jam)[:-9],
+}.items():
+    (answers / name).write_bytes(content)

@@ -52,6 +52,20 @@ TEST(TempPath, TooSmallABufferIsToldTheLengthNeeded) {
   EXPECT_EQ(5U, GetTempPathW(6, path.data()));
 }
 
+TEST(StoreAppSettings, LieInTheVariablesFolder) {
+  ScopedVariable variable("TVRSCN_PROGRAM_DATA", "/some/where");
+  EXPECT_EQ("/some/where/ScanInputData.txt", storeAppSettingsPath().string());
+  variable.set("/some/where/");
+  EXPECT_EQ("/some/where/ScanInputData.txt", storeAppSettingsPath().string());
+}
+
+TEST(StoreAppSettings, LieInTheSystemsFolderWithoutTheVariable) {
+  ScopedVariable variable("TVRSCN_PROGRAM_DATA", std::nullopt);
+  EXPECT_EQ("/var/lib/tevra/ScanInputData.txt", storeAppSettingsPath().string());
+  variable.set("");
+  EXPECT_EQ("/var/lib/tevra/ScanInputData.txt", storeAppSettingsPath().string());
+}
+
 class TempFileName : public testing::Test {
  protected:
   std::wstring folder() const { return wideFromUtf8(folder_.path().string()); }

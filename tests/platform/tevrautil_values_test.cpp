@@ -1,11 +1,9 @@
-// The messages, the settings record and the status client.
+// The messages and the settings record.
 #include <set>
 #include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "tvrscn/tdspclient/scan_tdsp_client.h"
 #include "tvrscn/tevrautil/error_code_dictionary.h"
 #include "tvrscn/tevrautil/scan_ui_data.h"
 
@@ -92,36 +90,6 @@ TEST(ErrorCodeDictionary, CopiesTakeTheTextsAlong) {
   }
 }
 
-std::wstring messageFor(std::vector<AlertStatus> alerts) {
-  CErrorCodeDictionary dictionary;
-  std::wstring message = L"old";
-  dictionary.GetErrorString(alerts, "HP", message);
-  return message;
-}
-
-TEST(ErrorCodeDictionary, NoAlertsGiveNoMessage) {
-  EXPECT_EQ(L"", messageFor({}));
-  EXPECT_EQ(L"", messageFor({{"", "error", ""}}));
-}
-
-TEST(ErrorCodeDictionary, AlertSpeaksForItself) {
-  EXPECT_EQ(L"The device reports: Tray 2 f\u00E4hrt.",
-            messageFor({{"k", "error", "Tray 2 f\xC3\xA4hrt"}, {"k2", "error", "second"}}));
-  EXPECT_EQ(L"The device reports: Close the cover!", messageFor({{"k", "", "Close the cover!"}}));
-}
-
-TEST(ErrorCodeDictionary, AlertWithoutADescriptionIsNamedByItsKeyword) {
-  EXPECT_EQ(L"The device reports: coverOpen.", messageFor({{"coverOpen", "error", ""}}));
-}
-
-TEST(ErrorCodeDictionary, FirstAlertWithATextCounts) {
-  EXPECT_EQ(L"The device reports: b.", messageFor({{"", "", ""}, {"", "", "b"}}));
-}
-
-TEST(ErrorCodeDictionary, BrokenUtf8BecomesReplacementCharacters) {
-  EXPECT_EQ(L"The device reports: \uFFFD.", messageFor({{"", "", "\xFF"}}));
-}
-
 TevraScanUIData filledSettings() {
   TevraScanUIData data;
   data.mediaSize = "ISO_A4SEF";
@@ -167,15 +135,6 @@ TEST(ScanUIData, CopiesTakeEveryFieldAlong) {
   expectFilled(original);
   expectFilled(copy);
   expectFilled(assigned);
-}
-
-TEST(StatusClient, ReachesNoDeviceAndLeavesTheAlertsAlone) {
-  CScanTDSPClient client;
-  std::vector<AlertStatus> alerts = {{"k", "s", "d"}};
-  EXPECT_FALSE(client.GetDeviceStatus(L"198.51.100.7", alerts));
-  EXPECT_FALSE(client.GetDeviceStatus(nullptr, alerts));
-  ASSERT_EQ(1U, alerts.size());
-  EXPECT_EQ("k", alerts[0].keyword);
 }
 
 }  // namespace

@@ -162,11 +162,15 @@ class FakePlatform {
   std::vector<Bytes> decoded;
   // Contents of the pages that every multi-page TIFF turns out to hold; none: it is no such file.
   std::vector<std::string> tiffPages;
+  // Where a store application's settings file is looked for.
+  std::filesystem::path storeAppSettings = "/absent/ScanInputData.txt";
   // Threads that were asked for and not run.
   std::vector<std::function<unsigned()>> threads;
 
   std::wstring tempFolderName() const;
   std::filesystem::path tempFolder() const { return toPath(tempFolderName()); }
+  // Where files at the root of the drive, "/name", are found.
+  std::filesystem::path driveRoot() const { return tempFolder(); }
   // A callback record that puts each notification into the list. Good until the platform goes.
   TVR_FP_CALLBACK* callback() { return &callback_; }
   // Called with each notification, behind the recording; it may throw.

@@ -27,7 +27,13 @@ using tvrscn::test::utf8;
 const wchar_t tvrscn::kPathSeparator = L'/';
 
 std::filesystem::path tvrscn::systemPath(const std::wstring& path) {
-  return std::filesystem::path(utf8(path));
+  const std::filesystem::path named(utf8(path));
+  const bool atRoot = named.has_filename() && named.parent_path() == "/";
+  return atRoot ? FakePlatform::current().driveRoot() / named.filename() : named;
+}
+
+std::filesystem::path tvrscn::storeAppSettingsPath() {
+  return FakePlatform::current().storeAppSettings;
 }
 
 // --- Modules

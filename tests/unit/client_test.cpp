@@ -9,6 +9,7 @@
 
 #include "tests/support/lowend_test.h"
 #include "tests/support/platform_test.h"
+#include "tests/support/qz_test.h"
 #include "tests/support/temporary_folder.h"
 #include "tvrscn/scan_client.h"
 
@@ -19,6 +20,7 @@ using tvrscn::test::Kind;
 using tvrscn::test::Lines;
 using tvrscn::test::LowEndDialogue;
 using tvrscn::test::PlatformTest;
+using tvrscn::test::QZDialogue;
 using tvrscn::test::TemporaryFolder;
 
 // A client leaves its controller in being; here somebody takes it over.
@@ -36,12 +38,12 @@ class Client : public PlatformTest {
 };
 
 TEST_F(Client, TypeDecidesTheController) {
-  enum Family { kNone, kHP, kLowEnd };
+  enum Family { kNone, kHP, kLowEnd, kQZ };
   const struct {
     int type;
     Family family;
-  } kCases[] = {{2, kHP},   {5, kHP},   {6, kLowEnd}, {0, kNone},
-                {1, kNone}, {3, kNone}, {4, kNone},   {7, kNone}};
+  } kCases[] = {{1, kQZ},   {2, kHP},   {5, kHP},   {6, kLowEnd}, {0, kNone},
+                {3, kNone}, {4, kNone}, {7, kNone}, {-1, kNone}};
   for (const auto& row : kCases) {
     const OwnedClient owned(static_cast<ControllerType>(row.type));
     const BaseUSBController* controller = owned.controller.get();
@@ -49,6 +51,8 @@ TEST_F(Client, TypeDecidesTheController) {
         << row.type;
     EXPECT_EQ(dynamic_cast<const USB_LowEnd_Controller*>(controller) != nullptr,
               row.family == kLowEnd)
+        << row.type;
+    EXPECT_EQ(dynamic_cast<const USB_QZ_Controller*>(controller) != nullptr, row.family == kQZ)
         << row.type;
     EXPECT_EQ(controller == nullptr, row.family == kNone) << row.type;
   }
@@ -160,19 +164,21 @@ TEST_F(Client, InitScanConfigInfoOpensTheDevice) {
   EXPECT_EQ(platform.liveObjects("handle"), (Lines{"write", "read"}));
 }
 
-TEST_F(Client, RangesOfTheHPFamilyStayUntouched) {
-  OwnedClient owned(CONTROLLER_HP);
-  IPPMinMaxNormalStepData brightness{1, 2, 3, 4};
-  IPPMinMaxNormalStepData contrast{5, 6, 7, 8};
-  owned.client.GetBrightnessContrastValue(brightness, contrast);
-  EXPECT_EQ(brightness.Min, 1);
-  EXPECT_EQ(brightness.Max, 2);
-  EXPECT_EQ(brightness.Normal, 3);
-  EXPECT_EQ(brightness.Step, 4);
-  EXPECT_EQ(contrast.Min, 5);
-  EXPECT_EQ(contrast.Max, 6);
-  EXPECT_EQ(contrast.Normal, 7);
-  EXPECT_EQ(contrast.Step, 8);
+TEST_F(Client, RangesOfTheOtherFamiliesStayUntouched) {
+  for (const ControllerType type : {CONTROLLER_HP, CONTROLLER_QZ}) {
+    OwnedClient owned(type);
+    IPPMinMaxNormalStepData brightness{1, 2, 3, 4};
+    IPPMinMaxNormalStepData contrast{5, 6, 7, 8};
+    owned.client.GetBrightnessContrastValue(brightness, contrast);
+    EXPECT_EQ(brightness.Min, 1);
+    EXPECT_EQ(brightness.Max, 2);
+    EXPECT_EQ(brightness.Normal, 3);
+    EXPECT_EQ(brightness.Step, 4);
+    EXPECT_EQ(contrast.Min, 5);
+    EXPECT_EQ(contrast.Max, 6);
+    EXPECT_EQ(contrast.Normal, 7);
+    EXPECT_EQ(contrast.Step, 8);
+  }
   EXPECT_EQ(platform.calls({Kind::kDevice}), Lines{});
 }
 
@@ -231,14 +237,30 @@ TEST_F(Client, ScanRunsTheJobAndNeverCallsTheDeviceCallback) {
   EXPECT_EQ(device.problems(), Lines{});
 }
 
-TEST_F(Client, ScanLeavesErrorShownAsItWas) {
-  OwnedClient owned(CONTROLLER_HP);
-  owned.client.SetUsingTevraUI(0);
+TEST_F(Client, ScanRunsAJobOfTheQZFamily) {
+  OwnedClient owned(CONTROLLER_QZ);
+  QZDialogue device;
+  device.openFlatbed().flatbedPage().close();
+  platform.plug(&device);
+  owned.client.InitScanConfigInfo("name", "VID_0A7E", L"label");
+  const TemporaryFolder folder;
   TevraScanUIData settings = tvrscn::test::settings();
-  for (const bool shown : {true, false}) {
-    owned.client.m_bClientErrorShown = shown;
-    EXPECT_EQ(owned.client.Scan(settings, platform.callback(), L"/nowhere", nullptr), 1);
-    EXPECT_EQ(owned.client.m_bClientErrorShown, shown);
+  EXPECT_EQ(owned.client.Scan(settings, platform.callback(), folder.path().wstring(), nullptr), 0);
+  EXPECT_EQ(folder.fileNames().size(), 1U);
+  EXPECT_EQ(platform.notifications().size(), 3U);
+  EXPECT_EQ(device.problems(), Lines{});
+}
+
+TEST_F(Client, ScanLeavesErrorShownAsItWas) {
+  for (const ControllerType type : {CONTROLLER_HP, CONTROLLER_QZ}) {
+    OwnedClient owned(type);
+    owned.client.SetUsingTevraUI(0);
+    TevraScanUIData settings = tvrscn::test::settings();
+    for (const bool shown : {true, false}) {
+      owned.client.m_bClientErrorShown = shown;
+      EXPECT_EQ(owned.client.Scan(settings, platform.callback(), L"/nowhere", nullptr), 1);
+      EXPECT_EQ(owned.client.m_bClientErrorShown, shown);
+    }
   }
 }
 
@@ -290,7 +312,7 @@ using UnservedClientDeathTest = Client;
 
 TEST_F(UnservedClientDeathTest, FirstForwardEndsTheProcessWithAMessage) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  for (const int type : {1, 3, 0}) {
+  for (const int type : {3, 0, 7}) {
     CScanUSBClient client(static_cast<ControllerType>(type));
     TevraScanUIData settings = tvrscn::test::settings();
     IPPMinMaxNormalStepData range{};

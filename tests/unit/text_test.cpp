@@ -4,12 +4,15 @@
 #include <climits>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using tvrscn::narrow;
+using tvrscn::splitFields;
 using tvrscn::toInt;
 using tvrscn::widen;
 
@@ -73,6 +76,39 @@ TEST(ToInt, NumberBeyondThirtyTwoBitsIsOutOfRange) {
       EXPECT_STREQ(error.what(), "stoi argument out of range") << text;
     }
   }
+}
+
+TEST(SplitFields, CommasInSuccessionCountAsOne) {
+  using Fields = std::vector<std::string>;
+  const struct {
+    std::string_view line;
+    Fields fields;
+  } kCases[] = {
+      {"", {}},
+      {",", {}},
+      {",,,", {}},
+      {"a", {"a"}},
+      {",a", {"a"}},
+      {"a,", {"a"}},
+      {"a,b", {"a", "b"}},
+      {",,a,,,b,,", {"a", "b"}},
+      {" a , b", {" a ", " b"}},
+      {" ", {" "}},
+      {"a;b\tc\n,\xE4", {"a;b\tc\n", "\xE4"}},
+      {std::string_view("a\0b,c", 5), {std::string("a\0b", 3), "c"}},
+  };
+  for (const auto& row : kCases)
+    EXPECT_EQ(splitFields(row.line, 100), row.fields) << row.line;
+}
+
+TEST(SplitFields, NothingIsSplitOffBehindTheMost) {
+  using Fields = std::vector<std::string>;
+  EXPECT_EQ(splitFields("a,b,c", 0), Fields{});
+  EXPECT_EQ(splitFields("a,b,c", 1), Fields{"a"});
+  EXPECT_EQ(splitFields("a,b,c", 2), (Fields{"a", "b"}));
+  EXPECT_EQ(splitFields("a,b,c", 3), (Fields{"a", "b", "c"}));
+  EXPECT_EQ(splitFields("a,b,c,d", 3), (Fields{"a", "b", "c"}));
+  EXPECT_EQ(splitFields("a,b,c,", 3), (Fields{"a", "b", "c"}));
 }
 
 }  // namespace

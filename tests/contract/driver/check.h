@@ -70,5 +70,7 @@ void checkControllers();
 void checkExceptions();
 void checkSettingsSources(const std::string& folder);
 void checkSiblings(const std::string& folder);
+// Comes last: a job that an exception ends keeps the mutex for the life of the process.
+void checkQZClient(const std::string& folder);
 
 #endif  // TVRSCN_TESTS_CONTRACT_DRIVER_CHECK_H

@@ -34,6 +34,19 @@ void checkRanges(ScanBaseClient& client) {
   CHECK(brightness.Step == 4 && contrast.Min == 5 && contrast.Step == 8);
 }
 
+void checkProducts(ScanBaseClient& client) {
+  ProductData product;
+  product.RatedSpeed = 7;
+  client.GetProductData("Tevra Birch 120", product);
+  CHECK(product.ControllerFamily.empty());
+  client.GetProductData("Tevra Alder 3020 (copy 1)", product);
+  CHECK(product.ControllerFamily == "MERIDIAN" && product.NSPScanSupport);
+  client.GetProductData("Tevra Birch 120 MFP", product);
+  CHECK(product.ControllerFamily == "LOWEND" && !product.NSPScanSupport);
+  const ProductData copy(product);
+  CHECK(copy.ControllerFamily == "LOWEND" && copy.RatedSpeed == 7 && copy.ModelName.empty());
+}
+
 void checkBase(const std::string& folder) {
   ScanBaseClient client;
   CHECK(!client.m_bClientErrorShown);
@@ -54,6 +67,7 @@ void checkBase(const std::string& folder) {
   client.SetUsingTevraUI(0);
   checkRanges(client);
   checkVersion(client);
+  checkProducts(client);
   checkDump(client, folder);
 }
 
@@ -130,4 +144,8 @@ void checkClients(const std::string& folder) {
   // Types without a controller: a client can be made and go.
   for (const int type : {0, 3, 4, 7})
     CScanUSBClient client(static_cast<ControllerType>(type));
+}
+
+void checkQZClient(const std::string& folder) {
+  checkUsb(CONTROLLER_QZ, folder);
 }

@@ -94,9 +94,23 @@ void checkLowEnd() {
   CHECK(throwsSomething([&] { lowEnd.RemoveBlockBytesFromUSBPackets("BLOCKTES\n"); }));
 }
 
+// Each command fails at its write, and single ones tell nobody.
+void checkQZ() {
+  const auto owner = std::make_unique<USB_QZ_Controller>();
+  USB_QZ_Controller& qz = *owner;
+  checkBase(qz);
+  CHECK(qz.GetUSBScanDataSource() == nullptr);
+  qz.setStoreAppPropertiesToScan();
+  CHECK(qz.GetUSBScanDataSource() != nullptr);
+  for (const int command : {7, 18, 22, 23, 27, 36, 40, 85, 90, 193, 194, 195, 999})
+    CHECK(qz.sendCommandstoDevice(command));
+  scanFromStoreApp(999);
+}
+
 }  // namespace
 
 void checkControllers() {
   checkHP();
   checkLowEnd();
+  checkQZ();
 }

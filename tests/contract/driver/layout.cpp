@@ -13,7 +13,12 @@ void checkLayout() {
           field.record, 0);
   for (const Slot& slot : virtualSlots())
     check(slot.slot == slot.expected, slot.function, __FILE__, __LINE__);
+  for (const Slot& slot : QZTestPeer::virtualSlots())
+    check(slot.slot == slot.expected, slot.function, __FILE__, __LINE__);
+  CHECK(QZTestPeer::membersAreInOrder(USB_QZ_Controller()));
+  CHECK(QZTestPeer::membersAreInOrder(CQZUSBScanDataSource()));
   CHECK(dictionaryIsInOrder(CErrorCodeDictionary()));
+  CHECK(productIsInOrder(ProductData()));
   CHECK(settingsAreInOrder(TevraScanUIData()));
 
   const CScanUSBClient client(CONTROLLER_HP);

@@ -59,6 +59,7 @@ int main(int argc, char** argv) {
     checkExceptions();
     checkSettingsSources(folder);
     checkSiblings(folder);
+    checkQZClient(folder);
   } catch (const std::exception& error) {
     std::printf("an exception came out of an operation that throws none: %s\n", error.what());
     ++failed;

@@ -65,6 +65,40 @@ void checkRequest() {
   }
 }
 
+// 216.0 by 279.0 mm, on a device that takes 200.0 mm in width and up to 300 dpi.
+void checkWindow() {
+  constexpr unsigned char kSizes[] = {0x00, 0x00, 0x07, 0xD0, 0x00, 0x00, 0x0A, 0xE6};
+  USBVendorSubDevicePage page = {};
+  page.dwFeederMaxWidth.set(2000);
+  page.dwFeederMaxLength.set(4000);
+  page.wMaxXResolution.set(300);
+  page.wMaxYResolution.set(300);
+  page.bFeederOptions = 0x21;
+  USBVendorMeasurementUnit unit = {{1, 2, 3, 4, 5, 6, 7, 8}};
+  CQZUSBScanDataSource source;
+  CHECK(source.setAppDataToScanCommand(std::string(kLine)));
+  source.SetPaperSource(1);
+  source.SetSubDevicesPageData(&page);
+  source.SetMeasurementUnitData(&unit);
+  CQZUSBScanDataSource copy(source);
+  CQZUSBScanDataSource assigned;
+  assigned = copy;
+  for (CQZUSBScanDataSource* each : {&source, &copy, &assigned}) {
+    USBVendorSetWindowData window = {};
+    each->FillSetWindowData(&window);
+    CHECK(window.wXResolution.value() == 200 && window.wYResolution.value() == 200);
+    CHECK(std::memcmp(&window.dwWindowWidth, kSizes, sizeof kSizes) == 0);
+    CHECK(std::memcmp(&window.dwScanWidth, kSizes, sizeof kSizes) == 0);
+    CHECK(window.bColorMode == 0x10 && window.bBackgroundFlags == 0x10);
+    USBVendorSubDevicePage wanted = {};
+    each->FillModeSelectData(&wanted);
+    CHECK(wanted.bFeederOptions == 0x40 && wanted.bDuplexOptions == 0);
+    CHECK(each->GetSubDevicesPageData()->bFeederOptions == 0x21);
+    CHECK(std::memcmp(each->GetMeasurementUnitData(), &unit, sizeof unit) == 0);
+    CHECK(each->isNeedImageProcessing() && each->getBrightness() == -2);
+  }
+}
+
 // 216 by 279 mm are 8.5 by 11 inches; the device takes no more than 10 of them.
 constexpr const char* kLimits =
     R"({"basicres":100,"maxFbHeight":1000,"maxFbWidth":1000,"minFbHeight":10,"minFbWidth":10})";
@@ -128,6 +162,7 @@ void checkSettingsSources(const std::string& folder) {
   checkStart();
   checkFilling();
   checkRequest();
+  checkWindow();
   checkDocument();
   checkStatusDocument();
   checkAnswer(folder);
