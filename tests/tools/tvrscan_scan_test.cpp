@@ -253,7 +253,7 @@ TEST_F(TvrscanTest, AScannerInAnotherProcessIsFoundListedAndUsed) {
   EXPECT_EQ(list->wait(), 0);
   const json device = json::parse(list->outputLines().at(0));
   EXPECT_EQ(device["hardware_id"], "VID_0A7E&PID_1F48&MI_00");
-  EXPECT_EQ(device["family"], nullptr);
+  EXPECT_EQ(device["family"], "hp");
 
   for (int run = 0; run < 2; ++run) {
     const auto scan = start({"scan", "--device", "vid_0a7e&pid_1f48", "--resolution", "75",

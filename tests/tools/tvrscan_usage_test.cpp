@@ -91,6 +91,8 @@ TEST_F(TvrscanTest, HelpTopicsGoToStandardOutput) {
       {{"help", "faults"}, 0, "block-end=PAGE"},
       {{"virtual", "qz", "--fault", "help"}, 0, "block-end=PAGE"},
       {{"help", "store"}, 0, "mode-sense"},
+      {{"help", "models"}, 0, "--over"},
+      {{"help", "alerts"}, 0, "reports an error"},
       {{"virtual", "lowend", "--help"}, 0, "--instance-id"},
       {{"--version"}, 0, "tvrscan "},
   };
@@ -120,6 +122,8 @@ TEST_F(TvrscanTest, ManualAndCompletionKnowEveryOption) {
        std::vector<std::vector<std::string>>{{"--help"},
                                              {"scan", "--help"},
                                              {"devices", "--help"},
+                                             {"models", "--help"},
+                                             {"alerts", "--help"},
                                              {"ranges", "--help"},
                                              {"store", "--help"},
                                              {"virtual", "hp", "--help"}}) {
@@ -169,6 +173,8 @@ TEST_F(TvrscanTest, CompletionOffersWhatFits) {
   EXPECT_EQ(complete("tvrscan scan --family l", 3), Names{"lowend"});
   EXPECT_EQ(complete("tvrscan store mode-se", 2), (Names{"mode-select", "mode-sense"}));
   EXPECT_EQ(complete("tvrscan store --ch", 2), Names{"--check"});
+  EXPECT_EQ(complete("tvrscan models --over u", 3), Names{"usb"});
+  EXPECT_EQ(complete("tvrscan alerts --family LA", 3), Names{"LANTERN"});
   EXPECT_EQ(complete("tvrscan virtual lowend --ins", 3), Names{"--instance-id"});
 }
 

@@ -67,6 +67,8 @@ small=(scan --virtual hp --resolution 75 --size 100x80mm --out pages)
 same version --version
 same help --help
 same exit-codes help exit-codes
+same models models
+same model models 'holly 520'
 same sizes help sizes
 same faults virtual hp --fault help
 same flatbed "${small[@]}"

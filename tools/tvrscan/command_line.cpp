@@ -7,7 +7,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include "device_model.h"
 #include "families.h"
+#include "media_sizes.h"
 #include "store_words.h"
 #include "system.h"
 #include "words.h"
@@ -24,6 +26,8 @@ Examples:
   tvrscan scan --virtual lowend --mode bw --name 'fax-%03d'
   tvrscan scan --virtual qz --feeder 3 --sides two
   tvrscan virtual hp --flatbed
+  tvrscan models --over usb --sides two
+  tvrscan alerts 192.0.2.7
 
 tvrscan help exit-codes lists how it ends, tvrscan help sizes the page sizes, tvrscan help faults
 what a virtual scanner can be told to do wrong. The manual: man tvrscan.)";
@@ -31,6 +35,10 @@ what a virtual scanner can be told to do wrong. The manual: man tvrscan.)";
 constexpr const char* kScanFooter = R"(
 Page files go to standard output, one path a line; messages go to standard error. No file is
 ever replaced. 'tvrscan help exit-codes' tells what the exit code means.)";
+
+constexpr const char* kAlertsFooter = R"(
+It ends by the worst severity: 0 for nothing or reports, 14 for a warning, 11 for an error; and with
+3 when no device answers.)";
 
 [[noreturn]] void refuse(const std::string& option, const std::string& text) {
   throw CLI::ValidationError(option, text);
@@ -71,6 +79,13 @@ const Family& servedFamily(const std::string& option, const std::string& word) {
   for (const Family& family : families())
     words.emplace_back(family.word);
   refuseWord(option, word, words, "the families are " + familyList());
+}
+
+// The media name of a size that has one.
+std::optional<std::string> mediaNameOf(std::string_view word) {
+  const std::optional<PageSize> size = parsePageSize(word);
+  if (!size || size->mediaName == "Custom") return std::nullopt;
+  return size->mediaName;
 }
 
 // The form of an instance id: three parts, of which the middle one is a hardware id.
@@ -138,7 +153,8 @@ void addDevice(CLI::App& app, DeviceOptions& target) {
            }
            target.family = &family;
          },
-         "device family: " + familyList() + " (default " + families().front().word + ")")
+         "device family: " + familyList() + " (default: that of the device's model, else " +
+             families().front().word + ")")
       ->type_name("FAMILY");
   addVirtual(app, target.virtualOptions);
   for (const char* option : {"--page", "--feeder", "--flatbed", "--fault"}) {
@@ -203,6 +219,69 @@ void addScan(CLI::App& root, ScanOptions& target) {
   app.add_flag("--json", target.json, "write one JSON object a line to standard output");
   app.add_flag("--quiet,-q", target.quiet, "say nothing but failures on standard error");
   addLog(app, target.logFile);
+}
+
+void addCatalogueFamily(CLI::App& app, const std::string& description, std::string& target) {
+  app.add_option_function<std::string>(
+         "--family",
+         [&target](const std::string& word) {
+           target = upperCase(word);
+           const std::vector<std::string> words = catalogueFamilies();
+           if (std::find(words.begin(), words.end(), target) == words.end()) {
+             refuseWord("--family", word, words, "'tvrscan models' shows the families");
+           }
+         },
+         description)
+      ->type_name("FAMILY");
+}
+
+void addModelFilters(CLI::App& app, ModelsOptions& target) {
+  app.add_option("--text", target.text, "with this text in the name or USB product id")
+      ->type_name("TEXT");
+  addCatalogueFamily(app, "of this family of models, such as LANTERN", target.family);
+  app.add_option("--over", target.connection, "that scan over usb, nsp or ipp")
+      ->transform(CLI::IsMember({"usb", "nsp", "ipp"}, CLI::ignore_case))
+      ->type_name("WORD");
+  addWord(app, "--resolution", "with this resolution, such as 300", target.resolution,
+          parseResolution, resolutionWords, "write for instance 300");
+  addWord(app, "--mode", "with the mode color, gray, bw or auto", target.colorMode, parseMode,
+          modeWords, "the modes are color, gray, bw and auto");
+  addWord(app, "--sides", "that scan sides one, two or flip", target.sides, parseSides, sidesWords,
+          "the sides are one, two and flip");
+  addWord(app, "--size", "that take this size by its name, such as a4", target.mediaName,
+          mediaNameOf, pageSizeWords, "'tvrscan help sizes' lists the names");
+}
+
+void addModels(CLI::App& root, ModelsOptions& target) {
+  CLI::App& app = *root.add_subcommand("models", "List the models, or show one");
+  auto* name = app.add_option("name", target.name, "show this model, by its name or short name");
+  name->type_name("NAME");
+  addModelFilters(app, target);
+  for (const char* option :
+       {"--text", "--family", "--over", "--resolution", "--mode", "--sides", "--size"}) {
+    name->excludes(app.get_option(option));
+  }
+  app.add_flag("--json", target.json, "write one JSON object a line to standard output");
+}
+
+void addAlerts(CLI::App& root, AlertsOptions& target) {
+  CLI::App& app = *root.add_subcommand("alerts", "Show what a device on the network reports");
+  app.footer(kAlertsFooter);
+  app.add_option_function<std::string>(
+         "address",
+         [&target](const std::string& word) {
+           if (word.empty()) refuse("alerts", "the address is empty");
+           target.address = word;
+         },
+         "HOST, HOST:PORT or SCHEME://HOST; the port is 631 where none is named")
+      ->type_name("ADDRESS")
+      ->required();
+  addCatalogueFamily(app, "put it in the words of this family, such as LANTERN", target.family);
+  app.add_option("--model", target.model, "put it in the words of this model's family")
+      ->type_name("NAME")
+      ->excludes(app.get_option("--family"));
+  app.add_flag("--json", target.json, "write one JSON object a line to standard output");
+  app.add_flag("--quiet,-q", target.quiet, "say nothing but failures on standard error");
 }
 
 void addRanges(CLI::App& root, RangesOptions& target) {
@@ -286,7 +365,8 @@ std::string topicText(const std::string& topic, const CLI::App& root) {
     if (app->get_name() == topic) return app->help();
   }
   refuseWord("help", topic,
-             {"exit-codes", "sizes", "faults", "scan", "devices", "ranges", "store", "virtual"},
+             {"exit-codes", "sizes", "faults", "scan", "devices", "models", "alerts", "ranges",
+              "store", "virtual"},
              "the topics are exit-codes, sizes, faults and the commands");
 }
 
@@ -336,8 +416,6 @@ UsageProblem usageProblem(const CLI::ParseError& error, const CLI::App& root) {
 class Parser {
  public:
   Parser() {
-    for (DeviceOptions* device : {&scan_.device, &ranges_.device})
-      device->family = &families().front();
     root_.name("tvrscan");
     // A word that begins with a slash is a path on every system.
     root_.allow_windows_style_options(false);
@@ -347,6 +425,8 @@ class Parser {
     addScan(root_, scan_);
     root_.add_subcommand("devices", "List the USB devices that are present")
         ->add_flag("--json", devices_.json, "write one JSON object a line to standard output");
+    addModels(root_, models_);
+    addAlerts(root_, alerts_);
     addRanges(root_, ranges_);
     addStore(root_, store_);
     addVirtualCommand(root_, virtual_);
@@ -385,13 +465,17 @@ class Parser {
   Command command() const {
     if (root_.got_subcommand("help")) return HelpOptions{topicText(topic_, root_)};
     if (root_.got_subcommand("devices")) return devices_;
+    if (root_.got_subcommand("models")) return models_;
+    if (root_.got_subcommand("alerts")) return alerts_;
     if (root_.got_subcommand("store")) return storeCommand();
     const bool own = root_.got_subcommand("virtual");
     const DeviceOptions& device = root_.got_subcommand("scan") ? scan_.device : ranges_.device;
     const VirtualOptions& options = own ? virtual_.scanner : device.virtualOptions;
-    const Family& family = own ? *virtual_.family : *device.family;
-    if (asksForFaultHelp(options)) return HelpOptions{family.faultHelp()};
-    checkFaults(options, family);
+    // Only a virtual scanner has faults, and its family is known.
+    if (const Family* const family = own ? virtual_.family : device.family) {
+      if (asksForFaultHelp(options)) return HelpOptions{family->faultHelp()};
+      checkFaults(options, *family);
+    }
     if (root_.got_subcommand("scan")) return scan_;
     if (root_.got_subcommand("ranges")) return ranges_;
     return virtual_;
@@ -400,6 +484,8 @@ class Parser {
   CLI::App root_{"Scan with USB scanners, or with virtual ones, from the command line."};
   ScanOptions scan_;
   DevicesOptions devices_;
+  ModelsOptions models_;
+  AlertsOptions alerts_;
   RangesOptions ranges_;
   StoreOptions store_;
   VirtualCommandOptions virtual_;

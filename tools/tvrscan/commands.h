@@ -10,6 +10,8 @@ namespace tvrscn::cli {
 int runScan(const ScanOptions& options, StopRequests& stop);
 int runDevices(const DevicesOptions& options);
 int runStore(const StoreOptions& options, StopRequests& stop);
+int runModels(const ModelsOptions& options);
+int runAlerts(const AlertsOptions& options);
 int runRanges(const RangesOptions& options);
 int runVirtual(const VirtualCommandOptions& options, StopRequests& stop);
 

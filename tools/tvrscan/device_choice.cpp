@@ -4,6 +4,7 @@
 #include <array>
 #include <system_error>
 
+#include "device_model.h"
 #include "families.h"
 #include "page_store.h"
 #include "system.h"
@@ -22,6 +23,18 @@ std::string listOf(const std::vector<Device>& devices) {
   for (const Device& device : devices)
     text += (text.empty() ? "" : ", ") + device.hardwareId;
   return text;
+}
+
+// The first one whose instance id holds the hardware id; one of that id alone when there is none.
+Device namedDevice(const std::vector<Device>& devices, const std::string& hardwareId) {
+  const auto named = std::find_if(devices.begin(), devices.end(), [&](const Device& device) {
+    return upperCase(device.instanceId).find(hardwareId) != std::string::npos;
+  });
+  if (named != devices.end()) return *named;
+  Device absent;
+  absent.hardwareId = hardwareId;
+  absent.instanceId = hardwareId;
+  return absent;
 }
 
 }  // namespace
@@ -87,12 +100,10 @@ std::optional<Outcome> DeviceChoice::choose(CScanUSBClient& client) {
   if (options_.hardwareId.empty()) {
     if (auto outcome = chooseOnly(devices, device_)) return outcome;
   } else {
-    device_.hardwareId = options_.hardwareId;
-    device_.instanceId = options_.hardwareId;
-    const auto named = std::find_if(devices.begin(), devices.end(), [this](const Device& device) {
-      return upperCase(device.instanceId).find(options_.hardwareId) != std::string::npos;
-    });
-    if (named != devices.end()) device_ = *named;
+    device_ = namedDevice(devices, options_.hardwareId);
+  }
+  if (options_.familyFromDevice) {
+    if (auto outcome = withoutUsbScan(device_)) return outcome;
   }
   std::array<wchar_t, 4> enumerator = {L'U', L'S', L'B', L'\0'};
   const std::string wanted =
@@ -101,11 +112,34 @@ std::optional<Outcome> DeviceChoice::choose(CScanUSBClient& client) {
   return probeOutcome(result, device_.hardwareId, devices);
 }
 
+void settleFamily(DeviceOptions& options) {
+  if (options.family == nullptr) settleFamily(options, presentDevices());
+}
+
+void settleFamily(DeviceOptions& options, const std::vector<Device>& devices) {
+  if (options.family != nullptr) return;
+  options.familyFromDevice = true;
+  options.family = &families().front();
+  Device device;
+  if (!options.hardwareId.empty()) {
+    device = namedDevice(devices, options.hardwareId);
+  } else if (chooseOnly(devices, device)) {
+    return;
+  } else {
+    options.hardwareId = upperCase(device.instanceId);
+  }
+  if (const Family* family = familyOf(device.instanceId)) options.family = family;
+}
+
 std::optional<Outcome> chooseOnly(const std::vector<Device>& devices, Device& chosen) {
   std::vector<Device> usable;
+  std::vector<Device> scanners;
   for (const Device& device : devices) {
-    if (!device.endpoint.empty()) usable.push_back(device);
+    if (device.endpoint.empty()) continue;
+    usable.push_back(device);
+    if (familyOf(device.instanceId) != nullptr) scanners.push_back(device);
   }
+  if (!scanners.empty()) usable = scanners;
   if (usable.size() == 1) {
     chosen = usable.front();
     return std::nullopt;
@@ -120,6 +154,15 @@ std::optional<Outcome> chooseOnly(const std::vector<Device>& devices, Device& ch
   return Outcome{ExitCode::kNoDevice,
                  "there is more than one device: " + listOf(usable),
                  "Say which with --device HWID.",
+                 "",
+                 {}};
+}
+
+std::optional<Outcome> withoutUsbScan(const Device& device) {
+  if (!isNoUsbScanner(device.instanceId)) return std::nullopt;
+  return Outcome{ExitCode::kNotSupported,
+                 "the model " + modelNameOf(device.instanceId) + " does not scan over USB",
+                 "Scan over the network, or try a family of devices with --family.",
                  "",
                  {}};
 }

@@ -61,8 +61,18 @@ class DeviceChoice {
   Device device_;
 };
 
-// The hardware id when exactly one of the devices can be opened; else why none can be chosen.
+// Fills in the family where neither --family nor --virtual has named it: that of the device's
+// model, and the first of all families where the model does not tell. A device that is the only one
+// to choose from is settled with it.
+void settleFamily(DeviceOptions& options);
+void settleFamily(DeviceOptions& options, const std::vector<Device>& devices);
+
+// The device when exactly one that can be opened is of a model that scans over USB, or when there
+// is none of these and one of any other kind; else why none can be chosen.
 std::optional<Outcome> chooseOnly(const std::vector<Device>& devices, Device& chosen);
+
+// Why a device cannot scan whose model does not; nothing for any other.
+std::optional<Outcome> withoutUsbScan(const Device& device);
 
 // What the result of a probe for the device means; nothing when it is there.
 std::optional<Outcome> probeOutcome(int result, const std::string& hardwareId,

@@ -7,25 +7,14 @@
 
 #include "platform/device_file.h"
 #include "platform/device_setup.h"
-#include "platform/identity_text.h"
 #include "platform/registry.h"
+#include "wide_text.h"
 
 namespace tvrscn::cli {
 namespace {
 
 constexpr std::size_t kTextLength = 260;
 using WideText = std::array<wchar_t, kTextLength>;
-
-std::string utf8(const wchar_t* wide) {
-  const int length = WideCharToMultiByte(CP_UTF8, 0, wide, -1, nullptr, 0, nullptr, nullptr);
-  if (length <= 1) return {};
-  std::string text(static_cast<std::size_t>(length), '\0');
-  if (WideCharToMultiByte(CP_UTF8, 0, wide, -1, text.data(), length, nullptr, nullptr) == 0) {
-    return {};
-  }
-  text.pop_back();
-  return text;
-}
 
 // The text in a buffer that the system filled, whether or not it left a terminator there.
 std::wstring textIn(const std::array<BYTE, kTextLength * sizeof(wchar_t)>& bytes) {
@@ -62,7 +51,7 @@ void readEndpoint(HDEVINFO set, SP_DEVINFO_DATA& info, const std::wstring& insta
     device.problem = "its driver names no endpoint";
     return;
   }
-  device.endpoint = utf8(textIn(bytes).c_str());
+  device.endpoint = utf8(textIn(bytes));
 }
 
 }  // namespace

@@ -1,26 +1,25 @@
-#include <algorithm>
-
 #include "commands.h"
 #include "console.h"
 #include "device_list.h"
+#include "device_model.h"
+#include "families.h"
 #include "json_output.h"
+#include "table.h"
 
 namespace tvrscn::cli {
 namespace {
 
-void printTable(Console& console, const std::vector<Device>& devices) {
-  std::size_t width = std::string("HARDWARE ID").size();
-  for (const Device& device : devices)
-    width = std::max(width, device.hardwareId.size());
-  const auto row = [&](const std::string& family, std::string id, const std::string& endpoint) {
-    id.resize(width, ' ');
-    console.data(family + "  " + id + "  " + endpoint);
-  };
-  row("FAMILY", "HARDWARE ID", "ENDPOINT");
+void listDevices(Console& console, const std::vector<Device>& devices) {
+  std::vector<TableRow> rows = {{"FAMILY", "HARDWARE ID", "ENDPOINT", "MODEL"}};
   for (const Device& device : devices) {
-    row("?     ", device.hardwareId,
-        device.endpoint.empty() ? "(" + device.problem + ")" : device.endpoint);
+    const Family* const family = familyOf(device.instanceId);
+    const char* const unknown = isNoUsbScanner(device.instanceId) ? "-" : "?";
+    const std::string model = modelNameOf(device.instanceId);
+    rows.push_back({family == nullptr ? unknown : family->word, device.hardwareId,
+                    device.endpoint.empty() ? "(" + device.problem + ")" : device.endpoint,
+                    model.empty() ? "?" : model});
   }
+  printTable(console, rows);
 }
 
 }  // namespace
@@ -29,13 +28,14 @@ int runDevices(const DevicesOptions& options) {
   Console console(false);
   const std::vector<Device> devices = presentDevices();
   if (options.json) {
-    // Which family a device belongs to is not known from its ids alone.
-    for (const Device& device : devices)
-      console.data(deviceLine(device, ""));
+    for (const Device& device : devices) {
+      const Family* const family = familyOf(device.instanceId);
+      console.data(deviceLine(device, family == nullptr ? "" : family->word));
+    }
   } else if (devices.empty()) {
     console.note("no USB device is connected; 'tvrscan virtual hp' runs a virtual one");
   } else {
-    printTable(console, devices);
+    listDevices(console, devices);
   }
   return static_cast<int>(ExitCode::kDone);
 }

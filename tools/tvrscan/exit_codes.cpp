@@ -2,7 +2,7 @@
 
 namespace tvrscn::cli {
 
-const std::array<ExitCodeRow, 15> kExitCodes = {{
+const std::array<ExitCodeRow, 16> kExitCodes = {{
     {ExitCode::kDone, "done", "All pages are stored."},
     {ExitCode::kFailed, "failed", "Something went wrong inside tvrscan itself."},
     {ExitCode::kUsage, "bad usage", "The command line or a settings file cannot be understood."},
@@ -17,6 +17,7 @@ const std::array<ExitCodeRow, 15> kExitCodes = {{
     {ExitCode::kRefused, "refused", "The device refuses the job in its present state."},
     {ExitCode::kTimeout, "timed out", "Nothing happened for the time that --timeout allows."},
     {ExitCode::kNotSupported, "not supported", "The device cannot do what was asked for."},
+    {ExitCode::kAttention, "attention", "The device works, and warns of something (alerts)."},
     {ExitCode::kInterrupted, "interrupted", "Ctrl-C or a termination signal ended the program."},
 }};
 

@@ -23,6 +23,7 @@ enum class ExitCode : int {
   kRefused = 11,
   kTimeout = 12,
   kNotSupported = 13,
+  kAttention = 14,
   kInterrupted = 130,
 };
 
@@ -32,7 +33,7 @@ struct ExitCodeRow {
   const char* meaning;  // a sentence for people
 };
 
-extern const std::array<ExitCodeRow, 15> kExitCodes;
+extern const std::array<ExitCodeRow, 16> kExitCodes;
 
 const ExitCodeRow& exitCodeRow(ExitCode code);
 

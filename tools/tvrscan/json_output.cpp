@@ -2,7 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "device_model.h"
 #include "system.h"
+#include "wide_text.h"
 
 namespace tvrscn::cli {
 namespace {
@@ -25,10 +27,45 @@ nlohmann::ordered_json pageObject(const StoredPage& page) {
 std::string deviceLine(const Device& device, const std::string& family) {
   return line({{"event", "device"},
                {"family", textOrNull(family)},
+               {"model", textOrNull(modelNameOf(device.instanceId))},
                {"hardware_id", device.hardwareId},
                {"instance_id", device.instanceId},
                {"endpoint", textOrNull(device.endpoint)},
                {"problem", textOrNull(device.problem)}});
+}
+
+std::string modelLine(const ProductData& product) {
+  return line({{"event", "model"},
+               {"name", utf8(product.ModelName)},
+               {"short_name", utf8(product.ConditionalModelDesignation)},
+               {"family", product.ControllerFamily},
+               {"connections", connectionsOf(product)},
+               {"network_scan", networkScanOf(product)},
+               {"usb_vendor_id", utf8(product.USBVendorId)},
+               {"usb_product_id", utf8(product.USBProductId)},
+               {"usb_interface", product.USBEndPointHWID},
+               {"object_id", utf8(product.SysObjectIds)},
+               {"secure_object_id", textOrNull(utf8(product.SslSysObjectId))},
+               {"rated_speed", product.RatedSpeed},
+               {"colors", product.ColorModes},
+               {"resolutions", product.Resolution},
+               {"sides", product.ScanSides},
+               {"media", product.PaperSupport},
+               {"default_color", textOrNull(product.DefaultColorMode)},
+               {"default_resolution", textOrNull(product.DefaultResolution)},
+               {"default_sides", textOrNull(product.DefaultScanSide)},
+               {"default_paper", textOrNull(product.DefaultPaperSupport)},
+               {"small_picture", utf8(product.Mimic)},
+               {"large_picture", utf8(product.PrinterMimic)},
+               {"settings_page", utf8(product.TwainSettingURL)},
+               {"mopria_page", utf8(product.MopriaSettingURL)}});
+}
+
+std::string alertLine(const AlertStatus& alert) {
+  return line({{"event", "alert"},
+               {"severity", alert.severity},
+               {"keyword", alert.keyword},
+               {"description", textOrNull(alert.description)}});
 }
 
 std::string pageLine(const StoredPage& page) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tvrscn/product_data.h"
+#include "tvrscn/tevrautil/error_code_dictionary.h"
 #include "tvrscn/usb_controller.h"
 
 #include "device_list.h"
@@ -14,6 +16,9 @@
 namespace tvrscn::cli {
 
 std::string deviceLine(const Device& device, const std::string& family);
+// Everything that the catalogue has of a model.
+std::string modelLine(const ProductData& product);
+std::string alertLine(const AlertStatus& alert);
 std::string pageLine(const StoredPage& page);
 // larger is what a larger value makes the page.
 std::string rangeLine(const std::string& name, const std::string& larger,

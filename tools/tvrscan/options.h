@@ -26,7 +26,8 @@ struct VirtualOptions {
 struct DeviceOptions {
   std::string hardwareId;          // of --device, in upper case
   bool useVirtual = false;         // --virtual
-  const Family* family = nullptr;  // never null once the command line is understood
+  const Family* family = nullptr;  // null when neither --family nor --virtual names it
+  bool familyFromDevice = false;   // it was not named, and is that of the device
   VirtualOptions virtualOptions;
 };
 
@@ -57,6 +58,27 @@ struct DevicesOptions {
   bool json = false;
 };
 
+struct ModelsOptions {
+  std::optional<std::string> name;  // the one model to show; the others choose among all
+  std::string text;                 // stands in the name, the short name or the USB product id
+  // Empty: any. Else as the catalogue has them.
+  std::string family;
+  std::string connection;
+  std::string colorMode;
+  std::string resolution;
+  std::string sides;
+  std::string mediaName;
+  bool json = false;
+};
+
+struct AlertsOptions {
+  std::string address;
+  std::string family;  // the catalogue's word for the wording; empty: for no family
+  std::optional<std::string> model;
+  bool json = false;
+  bool quiet = false;
+};
+
 struct RangesOptions {
   DeviceOptions device;
   bool json = false;
@@ -83,8 +105,8 @@ struct HelpOptions {
   std::string text;
 };
 
-using Command = std::variant<HelpOptions, ScanOptions, DevicesOptions, RangesOptions, StoreOptions,
-                             VirtualCommandOptions>;
+using Command = std::variant<HelpOptions, ScanOptions, DevicesOptions, ModelsOptions, AlertsOptions,
+                             RangesOptions, StoreOptions, VirtualCommandOptions>;
 
 }  // namespace tvrscn::cli
 

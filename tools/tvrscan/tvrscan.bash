@@ -22,7 +22,14 @@ _tvrscan_words() {
 _tvrscan_value() {
   case "$1" in
     --device) _tvrscan_words "$(_tvrscan_devices)" "$2" ;;
-    --virtual | --family) _tvrscan_words "hp lowend qz" "$2" ;;
+    --virtual) _tvrscan_words "hp lowend qz" "$2" ;;
+    --family)
+      case "${COMP_WORDS[1]}" in
+        models | alerts) _tvrscan_words "MERIDIAN LANTERN HARBOR AMBER LOWEND" "$2" ;;
+        *) _tvrscan_words "hp lowend qz" "$2" ;;
+      esac
+      ;;
+    --over) _tvrscan_words "usb nsp ipp" "$2" ;;
     --resolution) _tvrscan_words "75 100 150 200 300 400 600 1200" "$2" ;;
     --mode) _tvrscan_words "color gray bw auto" "$2" ;;
     --sides) _tvrscan_words "one two flip" "$2" ;;
@@ -34,7 +41,7 @@ _tvrscan_value() {
     --out | -o | --device-folder) _tvrscan_folders "$2" ;;
     --page | --log | --listen) _tvrscan_files "$2" ;;
     --fault) _tvrscan_words "help" "$2" ;;
-    --name | --instance-id | --brightness | --contrast | --timeout | --feeder) COMPREPLY=() ;;
+    --name | --text | --model | --instance-id | --brightness | --contrast | --timeout | --feeder) COMPREPLY=() ;;
     *) return 1 ;;
   esac
 }
@@ -48,7 +55,7 @@ _tvrscan() {
   COMPREPLY=()
 
   if ((COMP_CWORD == 1)); then
-    _tvrscan_words "scan devices ranges store virtual help --help --version" "$current"
+    _tvrscan_words "scan devices models alerts ranges store virtual help --help --version" "$current"
     return
   fi
   _tvrscan_value "$previous" "$current" && return
@@ -59,6 +66,11 @@ _tvrscan() {
         --background --out --name --timeout --dialogs --json --quiet --log --help" "$current"
       ;;
     devices) _tvrscan_words "--json --help" "$current" ;;
+    models)
+      _tvrscan_words "--text --family --over --resolution --mode --sides --size --json --help" \
+        "$current"
+      ;;
+    alerts) _tvrscan_words "--family --model --json --quiet --help" "$current" ;;
     ranges) _tvrscan_words "$choice $scanner --json --help" "$current" ;;
     store)
       _tvrscan_words "scan cancel initialize inquiry reserve release start window read mode-select
@@ -71,7 +83,7 @@ _tvrscan() {
         _tvrscan_words "$scanner --listen --instance-id --device-folder --help" "$current"
       fi
       ;;
-    help) _tvrscan_words "exit-codes sizes faults scan devices ranges store virtual" "$current" ;;
+    help) _tvrscan_words "exit-codes sizes faults scan devices models alerts ranges store virtual" "$current" ;;
   esac
 }
 
