@@ -1,7 +1,39 @@
 # How this project's targets are compiled, said once.
 
+# What nearly every file includes.
+set(TVRSCN_COMMON_HEADERS
+    <algorithm>
+    <array>
+    <chrono>
+    <cstdint>
+    <filesystem>
+    <fstream>
+    <functional>
+    <map>
+    <memory>
+    <mutex>
+    <optional>
+    <sstream>
+    <string>
+    <string_view>
+    <thread>
+    <vector>)
+
+# Reads the common headers once for a library, where it is large enough to gain by that.
+function(tvrscn_precompile_library target)
+  get_target_property(type ${target} TYPE)
+  get_target_property(sources ${target} SOURCES)
+  list(LENGTH sources count)
+  if(NOT type STREQUAL "EXECUTABLE" AND count GREATER 4)
+    target_precompile_headers(${target} PRIVATE ${TVRSCN_COMMON_HEADERS})
+  endif()
+endfunction()
+
 # Warnings, sanitizers and include roots of a target of ours.
 function(tvrscn_configure target)
+  if(TVRSCN_PRECOMPILE STREQUAL "ALL")
+    tvrscn_precompile_library(${target})
+  endif()
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/include
                                                ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR})
   if(MSVC)
@@ -91,32 +123,9 @@ function(tvrscn_precompile_test_headers target)
     file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/tests/test_headers.cpp CONTENT "int main() {}\n")
     add_executable(tvrscn_test_headers EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/tests/test_headers.cpp)
     tvrscn_configure_test(tvrscn_test_headers)
-    tvrscn_test_header_list()
+    target_precompile_headers(tvrscn_test_headers PRIVATE ${TVRSCN_COMMON_HEADERS} <gtest/gtest.h>)
   endif()
   target_precompile_headers(${target} REUSE_FROM tvrscn_test_headers)
-endfunction()
-
-function(tvrscn_test_header_list)
-  target_precompile_headers(
-    tvrscn_test_headers
-    PRIVATE
-    <algorithm>
-    <array>
-    <chrono>
-    <cstdint>
-    <filesystem>
-    <fstream>
-    <functional>
-    <map>
-    <memory>
-    <mutex>
-    <optional>
-    <sstream>
-    <string>
-    <string_view>
-    <thread>
-    <vector>
-    <gtest/gtest.h>)
 endfunction()
 
 # A GoogleTest program: tvrscn_add_test(name SOURCES ... LIBRARIES ...). Its working folder in a run
@@ -125,7 +134,7 @@ function(tvrscn_add_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   tvrscn_configure_test(${name})
-  if(TVRSCN_PRECOMPILE_TESTS)
+  if(TVRSCN_PRECOMPILE)
     tvrscn_precompile_test_headers(${name})
   endif()
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
