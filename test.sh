@@ -4,9 +4,12 @@
 # threads under ThreadSanitizer, and some fuzzing. Ends with one line, "N passed, N failed". Logs
 # stay in build/logs.
 #
+# In the whole run the tests of the core, which need nothing of the system, run sanitized only, and the
+# tests of a stage, which mostly wait, run beside the build of the next.
+#
 #   ./test.sh            all of it
 #   ./test.sh linux      only the named stages: lint linux windows sanitize tsan fuzz, and
-#                        lint-all, which is not among the others: clang-tidy over tools and virtual too
+#                        tidy, which is not part of the whole run: clang-tidy over all native files
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")" || exit 1
 # shellcheck source=scripts/wine-session.sh
@@ -29,10 +32,9 @@ if [ -w /dev/shm ]; then
   TMPDIR=$(mktemp -d /dev/shm/tvrscn-test-XXXXXX)
   export TMPDIR
 fi
-tidy=
+declare -A beside=()
 clean_up() {
-  [ -z "$tidy" ] || kill "$tidy" 2>/dev/null
-  end_wine_session
+  [ ${#beside[@]} -eq 0 ] || kill "${beside[@]}" 2>/dev/null
   [[ "${TMPDIR:-}" == /dev/shm/* ]] && rm -rf "$TMPDIR"
 }
 trap clean_up EXIT
@@ -57,9 +59,13 @@ check() {
 build() {
   local preset=$1 log="$logs/build-$1.log" target=() options=(-DTVRSCN_BUILD_TESTS=ON)
   shift
-  # Reading headers once saves a third of the time; clang-tidy cannot use what gcc made of them.
+  # Reading headers once saves a third of the time.
   case "$preset" in
-    linux) options+=(-DTVRSCN_BUILD_BENCHMARKS=ON -DTVRSCN_PRECOMPILE=TESTS) ;;
+    linux)
+      options+=(-DTVRSCN_BUILD_BENCHMARKS=ON -DTVRSCN_PRECOMPILE=ALL -DTVRSCN_TEST_CORE=ON)
+      # They run sanitized.
+      if wanted sanitize; then options+=(-DTVRSCN_TEST_CORE=OFF); fi
+      ;;
     windows) options+=(-DTVRSCN_PRECOMPILE=TESTS) ;;
     sanitize | tsan) options+=(-DTVRSCN_PRECOMPILE=ALL) ;;
   esac
@@ -117,75 +123,103 @@ run_programs() {
   done
 }
 
-mapfile -t sources < <(git ls-files -co --exclude-standard -- '*.cpp' '*.h')
-# The files of the Windows side alone have no place in a native build.
-linted=('src/*.cpp')
-wanted lint-all && linted+=('virtual/*.cpp' 'tools/*.cpp')
-mapfile -t product < <(git ls-files -co --exclude-standard -- "${linted[@]}" | grep -v /windows/)
+# beside NAME FUNCTION: runs FUNCTION, which counts as all do, beside what comes next.
+beside() {
+  (
+    passed=0
+    failed=0
+    "$2"
+    echo "$passed $failed" >"$logs/$1.count"
+  ) >"$logs/$1.out" 2>&1 &
+  beside[$1]=$!
+}
 
-if wanted linux || wanted lint || wanted lint-all || wanted windows; then
-  say "native build"
-  build linux || exit 1
-fi
+# collect NAME: waits for it, tells what it told, and counts what it counted.
+collect() {
+  local good=0 bad=1
+  wait "${beside[$1]}"
+  unset "beside[$1]"
+  cat "$logs/$1.out"
+  [ ! -f "$logs/$1.count" ] || read -r good bad <"$logs/$1.count"
+  passed=$((passed + good))
+  failed=$((failed + bad))
+}
 
-# clang-tidy is the longest of the checks and needs nobody's attention: it fills, at low priority, what
-# the stages leave of the machine, and is waited for at the end.
-if wanted lint || wanted lint-all; then
-  say "lint"
-  check "clang-format" clang-format --dry-run -Werror "${sources[@]}"
-  check "man page" mandoc -T lint -W warning tools/tvrscan/tvrscan.1
-  printf '%s\0' "${product[@]}" | nice -n 10 xargs -0 -n 3 -P "$(nproc)" \
-    clang-tidy --quiet -p build/linux >"$logs/clang-tidy.log" 2>&1 &
-  tidy=$!
-fi
-
-if wanted linux; then
-  say "native tests"
+native_tests() {
   mapfile -t programs <build/linux/tests/programs.txt
   run_programs linux "" 4 "${programs[@]}"
   check "contract driver" tests/contract/check-installed-driver.sh linux build/linux
   check "example driver" tests/contract/check-example-driver.sh linux build/linux
+}
+
+windows_tests() {
+  trap end_wine_session EXIT
+  check "exports of the DLLs" tests/contract/check-windows-exports.sh build/windows
+  if ! start_wine_session; then
+    failed=$((failed + 1))
+    echo "FAILED: Wine session"
+    return
+  fi
+  mapfile -t programs <build/windows/tests/programs.txt
+  use_windows_build build/windows
+  run_programs windows wine 1 "${programs[@]/%/.exe}"
+  check "contract driver on Windows" tests/contract/check-installed-driver.sh windows build/windows
+  check "example driver on Windows" tests/contract/check-example-driver.sh windows build/windows
+  check "alerts on Windows" tests/alerts/check-windows-alerts.sh build/linux build/windows
+  check "tvrscan on both systems" tests/windows/check-tvrscan.sh build/linux build/windows
+  check "pages of both systems" tests/windows/compare-pages.sh build/linux build/windows "$wine_output/pages"
+}
+
+sanitized_tests() {
+  mapfile -t programs <build/sanitize/tests/programs.txt
+  run_programs sanitize "" 4 "${programs[@]}"
+}
+
+threaded=(platform_tests virtual_tests alerts_tests status_server_tests e2e_tests)
+thread_sanitized_tests() {
+  run_programs tsan "" 4 "${threaded[@]}"
+}
+
+if wanted lint; then
+  say "lint"
+  mapfile -t sources < <(git ls-files -co --exclude-standard -- '*.cpp' '*.h')
+  check "clang-format" clang-format --dry-run -Werror "${sources[@]}"
+  check "man page" mandoc -T lint -W warning tools/tvrscan/tvrscan.1
+fi
+
+if wanted tidy; then
+  say "clang-tidy"
+  # The files of the Windows side alone have no place in a native build.
+  mapfile -t product < <(git ls-files -co --exclude-standard -- 'src/*.cpp' 'virtual/*.cpp' 'tools/*.cpp' |
+    grep -v /windows/)
+  cmake --preset linux -B build/tidy >"$logs/tidy-configure.log" 2>&1
+  tidy() {
+    printf '%s\0' "${product[@]}" | xargs -0 -n 3 -P "$(nproc)" clang-tidy --quiet -p build/tidy
+  }
+  check "clang-tidy" tidy
+fi
+
+rm -f "$logs"/*.count
+
+if wanted linux || wanted windows; then
+  say "native build"
+  build linux || exit 1
+  if wanted linux; then beside native native_tests; fi
 fi
 
 if wanted windows; then
   say "Windows build"
-  if build windows; then
-    check "exports of the DLLs" tests/contract/check-windows-exports.sh build/windows
-    say "Windows tests under Wine"
-    if start_wine_session; then
-      mapfile -t programs <build/windows/tests/programs.txt
-      use_windows_build build/windows
-      run_programs windows wine 1 "${programs[@]/%/.exe}"
-      check "contract driver on Windows" tests/contract/check-installed-driver.sh windows build/windows
-      check "example driver on Windows" tests/contract/check-example-driver.sh windows build/windows
-      check "alerts on Windows" tests/alerts/check-windows-alerts.sh build/linux build/windows
-      check "tvrscan on both systems" tests/windows/check-tvrscan.sh build/linux build/windows
-      check "pages of both systems" tests/windows/compare-pages.sh build/linux build/windows \
-        "$wine_output/pages"
-    else
-      failed=$((failed + 1))
-      echo "FAILED: Wine session"
-    fi
-    end_wine_session
-  fi
+  if build windows; then beside windows windows_tests; fi
 fi
 
 if wanted sanitize; then
   say "sanitized build"
-  if build sanitize; then
-    say "sanitized tests"
-    mapfile -t programs <build/sanitize/tests/programs.txt
-    run_programs sanitize "" 4 "${programs[@]}"
-  fi
+  if build sanitize; then beside sanitized sanitized_tests; fi
 fi
 
 if wanted tsan; then
   say "thread-sanitized build"
-  threaded=(platform_tests virtual_tests alerts_tests status_server_tests e2e_tests)
-  if build tsan "${threaded[@]}"; then
-    say "thread-sanitized tests"
-    run_programs tsan "" 4 "${threaded[@]}"
-  fi
+  if build tsan "${threaded[@]}"; then beside threads thread_sanitized_tests; fi
 fi
 
 # fuzz_target NAME: a short run from the kept corpus; what it finds stays in build/fuzz.
@@ -218,17 +252,11 @@ if wanted fuzz; then
   fi
 fi
 
-if [ -n "$tidy" ]; then
-  say "waiting for clang-tidy"
-  if wait "$tidy"; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    echo "FAILED: clang-tidy (the whole of it: $logs/clang-tidy.log)"
-    grep -E '(warning|error):' "$logs/clang-tidy.log" | sort -u | head -n 30
-  fi
-  tidy=
-fi
+for name in native windows sanitized threads; do
+  [ -n "${beside[$name]:-}" ] || continue
+  say "waiting for the tests: $name"
+  collect "$name"
+done
 
 say "done"
 echo "$passed passed, $failed failed"

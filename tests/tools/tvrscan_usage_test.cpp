@@ -92,7 +92,7 @@ TEST_F(TvrscanTest, HelpTopicsGoToStandardOutput) {
       {{"virtual", "qz", "--fault", "help"}, 0, "block-end=PAGE"},
       {{"help", "store"}, 0, "mode-sense"},
       {{"help", "models"}, 0, "--over"},
-      {{"help", "alerts"}, 0, "reports an error"},
+      {{"help", "alerts"}, 0, "14 for a warning"},
       {{"virtual", "lowend", "--help"}, 0, "--instance-id"},
       {{"--version"}, 0, "tvrscan "},
   };
