@@ -90,7 +90,7 @@ std::uint64_t number(std::string_view text) {
   return result.ec == std::errc() ? value : 0;
 }
 
-std::string quoted(std::string_view status) {
+std::string inQuotes(std::string_view status) {
   return status.empty() ? "an unknown status" : std::string(status);
 }
 
@@ -299,7 +299,7 @@ std::string HpJobReport::deviceStatus() const {
     default:
       return {};
   }
-  std::string text = std::string(name) + ": " + quoted(status_);
+  std::string text = std::string(name) + ": " + inQuotes(status_);
   if (!message_.empty()) text += ", " + message_;
   return text;
 }
