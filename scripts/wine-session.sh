@@ -37,6 +37,15 @@ start_wine_session() {
   fi
   export DISPLAY=":$number"
 
+  # The server stays for the whole session: a program that starts while the server of the last one is
+  # going away would fail.
+  mkdir -p "$WINEPREFIX"
+  if ! timeout 20 wineserver -p >"$wine_private/wineserver.log" 2>&1; then
+    echo "Wine's server cannot be started:"
+    cat "$wine_private/wineserver.log"
+    return 1
+  fi
+
   if ! timeout 120 wineboot -i >"$wine_private/wineboot.log" 2>&1; then
     echo "Wine cannot be prepared:"
     tail -n 40 "$wine_private/wineboot.log"
