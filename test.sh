@@ -176,7 +176,7 @@ sanitized_tests() {
   run_programs sanitize "" 4 "${programs[@]}"
 }
 
-threaded=(platform_tests virtual_tests alerts_tests status_server_tests e2e_tests)
+threaded=(platform_tests alerts_tests status_server_tests e2e_tests)
 thread_sanitized_tests() {
   run_programs tsan "" 4 "${threaded[@]}"
 }
