@@ -215,6 +215,9 @@ class TvrscanStoreScan : public TvrscanStore {
   }
 };
 
+// Where the system denies namespaces, as some containers do, these skip and say so: on the
+// machine's own root they would overwrite people's files.
+
 TEST_F(TvrscanStoreScan, PagesComeToTheRoot) {
   const auto scanner = startScanner({"--feeder", "2"});
   const auto store = startInOwnRoot(true);
