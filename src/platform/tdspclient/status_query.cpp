@@ -3,9 +3,9 @@
 #include <condition_variable>
 #include <mutex>
 #include <new>
-#include <system_error>
-#include <thread>
 #include <utility>
+
+#include "platform/tdspclient/detached_thread.h"
 
 namespace tvrscn {
 namespace {
@@ -56,11 +56,7 @@ std::optional<PrinterStatus> askDevice(const DeviceAddress& address,
   query->address = address;
   query->deadline = std::chrono::steady_clock::now() + limit;
   query->connection = std::move(connection);
-  try {
-    std::thread(run, query).detach();
-  } catch (const std::system_error&) {
-    return std::nullopt;
-  }
+  if (!startDetached([query] { run(query); })) return std::nullopt;
   std::unique_lock<std::mutex> lock(query->mutex);
   if (query->changed.wait_until(lock, query->deadline, [&] { return query->finished; })) {
     return std::move(query->status);
