@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "platform/files.h"
 #include "tvrscn/lowend_controller.h"
@@ -30,14 +31,6 @@ constexpr std::string_view kTiffStart = "II";
 constexpr wchar_t kWorkFile[] = L"temp.bin";
 // Of a file at a time: enough to make a transfer cheap, small enough for the processor's cache.
 constexpr std::size_t kWindow = 256U * 1024U;
-
-// A name as the cleaning reaches it: by the low byte of each character, in whatever encoding the
-// system reads that. One that holds a zero byte then would be another name, and is none here.
-std::string narrowedName(const std::wstring& path) {
-  std::string name = tvrscn::narrow(path);
-  if (name.find('\0') != std::string::npos) name.clear();
-  return name;
-}
 
 void eraseMarker(std::string& text, std::size_t position) {
   if (text.size() - position < kMarkerSize) {
@@ -65,19 +58,28 @@ void eraseEndOnly(std::string& text, std::size_t markerEnd) {
   }
 }
 
-// Copies what is left of input without its markers.
+// Copies a file without its markers.
 void cleanInto(std::ifstream& input, std::ofstream& output) {
   const auto window = std::make_unique_for_overwrite<char[]>(kWindow);
-  std::size_t held = 0;
-  for (bool isEnd = false; !isEnd;) {
-    input.read(window.get() + held, static_cast<std::streamsize>(kWindow - held));
-    isEnd = !input.good();
-    const std::size_t size = held + static_cast<std::size_t>(input.gcount());
-    const tvrscn::Cleaned part = tvrscn::removeBlockMarkers(window.get(), size, isEnd);
-    output.write(window.get(), static_cast<std::streamsize>(part.kept));
-    held = size - part.taken;
-    std::memmove(window.get(), window.get() + part.taken, held);
+  const auto write = [&output](std::string_view bytes) {
+    output.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  };
+  tvrscn::BlockMarkerFilter filter;
+  while (input.good()) {
+    input.read(window.get(), static_cast<std::streamsize>(kWindow));
+    std::string_view bytes(window.get(), static_cast<std::size_t>(input.gcount()));
+    while (!bytes.empty())
+      write(filter.next(bytes));
   }
+  write(filter.finish());
+}
+
+// How many letters of the marker's word the bytes end with.
+std::size_t lettersAtEnd(std::string_view bytes) {
+  std::size_t letters = std::min(bytes.size(), kFileMarker.size() - 1);
+  while (!bytes.ends_with(kFileMarker.substr(0, letters)))
+    --letters;
+  return letters;
 }
 
 }  // namespace
@@ -98,29 +100,72 @@ std::size_t findImageStart(std::string_view text) {
   return jpeg != std::string_view::npos ? jpeg : text.find(kTiffStart);
 }
 
-Cleaned removeBlockMarkers(char* bytes, std::size_t size, bool isEnd) {
-  const std::string_view text(bytes, size);
-  std::size_t taken = 0;
-  std::size_t kept = 0;
-  const auto keepUpTo = [&](std::size_t position) {
-    if (kept != taken) std::memmove(bytes + kept, bytes + taken, position - taken);
-    kept += position - taken;
-    taken = position;
-  };
-  for (;;) {
-    const std::size_t marker = text.find(kFileMarker, taken);
-    if (marker == std::string_view::npos) break;
-    keepUpTo(marker);
-    if (size - marker < kMarkerSize) {
-      if (isEnd) taken = size;
-      return {taken, kept};
+std::string_view BlockMarkerFilter::next(std::string_view& bytes) {
+  while (!bytes.empty()) {
+    std::string_view data;
+    if (skip_ != 0) {
+      const std::size_t skipped = std::min(skip_, bytes.size());
+      bytes.remove_prefix(skipped);
+      skip_ -= skipped;
+    } else if (held_ == 0) {
+      data = takePlain(bytes);
+    } else if (bytes.front() == kFileMarker[held_]) {
+      bytes.remove_prefix(1);
+      if (++held_ == kFileMarker.size()) skipMarker();
+    } else {
+      data = finish();
     }
-    taken += kMarkerSize;
+    if (!data.empty()) return data;
   }
-  // A letter less than the word may be the start of a marker.
-  const std::size_t open = isEnd ? 0 : std::min(size - taken, kFileMarker.size() - 1);
-  keepUpTo(size - open);
-  return {taken, kept};
+  return {};
+}
+
+std::string_view BlockMarkerFilter::finish() {
+  skip_ = 0;
+  return kFileMarker.substr(0, std::exchange(held_, 0));
+}
+
+std::string_view BlockMarkerFilter::takePlain(std::string_view& bytes) {
+  const std::size_t marker = bytes.find(kFileMarker);
+  std::string_view data = bytes.substr(0, marker);
+  if (marker != std::string_view::npos) {
+    bytes.remove_prefix(marker + kFileMarker.size());
+    skipMarker();
+  } else {
+    bytes = {};
+    held_ = lettersAtEnd(data);
+    data.remove_suffix(held_);
+  }
+  return data;
+}
+
+// Its word has been seen.
+void BlockMarkerFilter::skipMarker() {
+  held_ = 0;
+  skip_ = kMarkerSize - kFileMarker.size();
+}
+
+std::string narrowedName(const std::wstring& path) {
+  std::string name = narrow(path);
+  if (name.find('\0') != std::string::npos) name.clear();
+  return name;
+}
+
+std::string workFileName(const std::wstring& imageFolder) {
+  return narrowedName(imageFolder + kPathSeparator + kWorkFile);
+}
+
+std::ifstream openForCleaning(const std::wstring& path) {
+  std::ifstream input(narrowedName(path), std::ios::binary);
+  // A folder can be opened on some systems, but never read.
+  if (input.is_open()) input.peek();
+  if (!input.is_open() || input.bad()) {
+    throw std::runtime_error(
+        "Exception thrown from RemoveBlockToBytesWithNewline due to Input Image file to process is "
+        "not available");
+  }
+  input.clear();  // an empty file is at its end by now
+  return input;
 }
 
 }  // namespace tvrscn
@@ -146,16 +191,8 @@ std::string USB_LowEnd_Controller::RemoveBlockBytesFromUSBPackets(const std::str
 }
 
 void USB_LowEnd_Controller::RemoveBlockToBytesWithNewline(const std::wstring& path) {
-  const std::string workFile = narrowedName(m_imageFolderPath + tvrscn::kPathSeparator + kWorkFile);
-  std::ifstream input(narrowedName(path), std::ios::binary);
-  // A folder can be opened on some systems, but never read.
-  if (input.is_open()) input.peek();
-  if (!input.is_open() || input.bad()) {
-    throw std::runtime_error(
-        "Exception thrown from RemoveBlockToBytesWithNewline due to Input Image file to process is "
-        "not available");
-  }
-  input.clear();  // an empty file is at its end by now
+  const std::string workFile = tvrscn::workFileName(m_imageFolderPath);
+  std::ifstream input = tvrscn::openForCleaning(path);
   std::ofstream output(workFile, std::ios::binary | std::ios::trunc);
   cleanInto(input, output);
   input.close();

@@ -3,6 +3,8 @@
 #define TVRSCN_FAMILY_LOWEND_LOWEND_FRAMING_H
 
 #include <cstddef>
+#include <fstream>
+#include <string>
 #include <string_view>
 
 namespace tvrscn {
@@ -13,15 +15,34 @@ std::size_t findLast(std::string_view text, std::string_view word);
 // Position of the first bytes of a JPEG file; of a TIFF file where there are none; or npos.
 std::size_t findImageStart(std::string_view text);
 
-struct Cleaned {
-  std::size_t taken;  // bytes that are done with
-  std::size_t kept;   // what they have become; it stands at the front
+// Takes the block markers out of the bytes of one file, in whatever pieces these come.
+class BlockMarkerFilter {
+ public:
+  // The image data at the front of bytes, up to the next marker; bytes loses it and whatever has
+  // been looked at. Empty only when bytes has become empty. Letters that may begin a marker are
+  // kept back until it is known whether they do.
+  std::string_view next(std::string_view& bytes);
+
+  // What was kept back, once the file has ended. The next bytes are those of another file.
+  std::string_view finish();
+
+ private:
+  std::string_view takePlain(std::string_view& bytes);
+  void skipMarker();
+
+  std::size_t held_ = 0;  // letters of the marker's word that the last bytes ended with
+  std::size_t skip_ = 0;  // bytes of a marker that are still to come
 };
 
-// Takes the block markers out of some bytes of a file, in place. What is not taken is at most 17
-// bytes at the end that may belong to a marker, to be put in front of the bytes that follow. Takes
-// everything when isEnd says that none follow; a marker that is cut short then goes with its start.
-Cleaned removeBlockMarkers(char* bytes, std::size_t size, bool isEnd);
+// Narrowed as the cleaning reaches files: by the low byte of each character, in whatever encoding
+// the system reads that. A name that would hold a zero byte then is empty, which is no file's.
+std::string narrowedName(const std::wstring& path);
+
+// The file that a cleaning goes through, in the folder of the images.
+std::string workFileName(const std::wstring& imageFolder);
+
+// Opens a finished image under its narrowed name. Throws std::runtime_error when it cannot be read.
+std::ifstream openForCleaning(const std::wstring& path);
 
 }  // namespace tvrscn
 

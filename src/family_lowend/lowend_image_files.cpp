@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <ios>
 #include <utility>
 
 #include "family_lowend/lowend_framing.h"
@@ -14,9 +13,6 @@
 namespace {
 
 constexpr std::string_view kNewFile = "NEWFILE";
-
-// A packet may bring as little as some hundred bytes; files take far more at a time gladly.
-constexpr std::size_t kWriteBuffer = 256U * 1024U;
 
 constexpr wchar_t kTiffExtension[] = L".TIF";
 // Of the single pages, and no other file: callers know these names.
@@ -31,14 +27,13 @@ LowEndImageFiles::LowEndImageFiles(USB_LowEnd_Controller& controller)
     : controller_(controller),
       extension_(controller.GetImageOutputFormat()),
       isTiff_(extension_ == kTiffExtension),
-      buffer_(std::make_unique_for_overwrite<char[]>(kWriteBuffer)) {}
+      writer_(controller.m_imageFolderPath) {}
 
 void LowEndImageFiles::writeAll() {
   open(filePath(isTiff_ ? kUnsplitName : kImageName));
   for (const ScannedRecord& record : controller_.m_scannedRecords)
     writeRecord(record.bytes);
-  output_.flush();
-  output_.close();
+  writer_.close();
   finishLastFile();
 }
 
@@ -49,21 +44,15 @@ std::wstring LowEndImageFiles::filePath(const wchar_t* name) const {
 
 void LowEndImageFiles::open(std::wstring path) {
   path_ = std::move(path);
-  output_ = std::ofstream();
-  output_.rdbuf()->pubsetbuf(buffer_.get(), kWriteBuffer);
-  output_.open(tvrscn::systemPath(path_), std::ios::binary | std::ios::trunc);
-}
-
-void LowEndImageFiles::write(std::string_view bytes) {
-  output_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  writer_.open(path_);
 }
 
 void LowEndImageFiles::writeFromImageStart(std::string_view bytes) {
   const std::size_t start = tvrscn::findImageStart(bytes);
   awaitingImageStart_ = start == std::string_view::npos;
   if (awaitingImageStart_) return;
-  output_.clear();
-  write(bytes.substr(start));
+  writer_.forgetFailure();
+  writer_.write(bytes.substr(start));
 }
 
 void LowEndImageFiles::writeRecord(std::string_view record) {
@@ -73,7 +62,7 @@ void LowEndImageFiles::writeRecord(std::string_view record) {
   }
   const std::size_t newFile = record.find(kNewFile);
   if (newFile == std::string_view::npos) {
-    write(record);
+    writer_.write(record);
   } else {
     closeAndStartNext(record, newFile);
   }
@@ -82,22 +71,32 @@ void LowEndImageFiles::writeRecord(std::string_view record) {
 // The later files of a TIFF job keep the plain name too: only the split renames.
 void LowEndImageFiles::closeAndStartNext(std::string_view record, std::size_t newFile) {
   // The one byte in front of the word belongs to no file.
-  if (newFile > 1) write(record.substr(0, newFile - 1));
-  output_.flush();
-  output_.close();
-  cleanAndReport(path_);
+  if (newFile > 1) writer_.write(record.substr(0, newFile - 1));
+  writer_.close();
+  cleanWritten();
+  report(path_);
   if (isTiff_) splitSeen_ = true;
   open(filePath(kImageName));
   writeFromImageStart(record.substr(newFile));
 }
 
 void LowEndImageFiles::finishLastFile() {
+  cleanWritten();
   if (isTiff_ && !splitSeen_) {
-    controller_.RemoveBlockToBytesWithNewline(path_);
     if (splitIntoPages()) return;
+    // One that could not be split is cleaned once more, and keeps its name.
+    controller_.RemoveBlockToBytesWithNewline(path_);
   }
-  // A TIFF that could not be split is cleaned once more, and keeps its name.
-  cleanAndReport(path_);
+  report(path_);
+}
+
+// Of the file that has just been closed.
+void LowEndImageFiles::cleanWritten() {
+  if (writer_.isCleaned()) {
+    tvrscn::openForCleaning(path_);  // it has to be there all the same
+  } else {
+    controller_.RemoveBlockToBytesWithNewline(path_);
+  }
 }
 
 // False when the file gave no pages; nothing has changed then.
@@ -107,14 +106,16 @@ bool LowEndImageFiles::splitIntoPages() {
   const std::uint32_t pages =
       GdiWrapper().ConvertMultiPageTIFF2SinglePageTIFF(path_, prefix, first);
   if (pages == 0) return false;
-  for (std::uint32_t page = 0; page < pages; ++page)
-    cleanAndReport(prefix + std::to_wstring(first + page) + kPageExtension);
+  for (std::uint32_t page = 0; page < pages; ++page) {
+    const std::wstring name = prefix + std::to_wstring(first + page) + kPageExtension;
+    controller_.RemoveBlockToBytesWithNewline(name);
+    report(name);
+  }
   DeleteFileW(path_.c_str());
   return true;
 }
 
-void LowEndImageFiles::cleanAndReport(const std::wstring& path) {
-  controller_.RemoveBlockToBytesWithNewline(path);
+void LowEndImageFiles::report(const std::wstring& path) {
   controller_.SendImageTransferNotification(path);
   controller_.IncrementFileCount();
 }

@@ -2,11 +2,11 @@
 #ifndef TVRSCN_FAMILY_LOWEND_LOWEND_IMAGE_FILES_H
 #define TVRSCN_FAMILY_LOWEND_LOWEND_IMAGE_FILES_H
 
-#include <fstream>
-#include <memory>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
+#include "family_lowend/lowend_image_writer.h"
 #include "tvrscn/lowend_controller.h"
 
 // A record is what one packet brought, and says nothing of where an image begins or ends: that is
@@ -26,22 +26,21 @@ class LowEndImageFiles {
  private:
   std::wstring filePath(const wchar_t* name) const;
   void open(std::wstring path);
-  void write(std::string_view bytes);
   void writeFromImageStart(std::string_view bytes);
   void writeRecord(std::string_view record);
   void closeAndStartNext(std::string_view record, std::size_t newFile);
   void finishLastFile();
   bool splitIntoPages();
-  void cleanAndReport(const std::wstring& path);
+  void cleanWritten();
+  void report(const std::wstring& path);
 
   USB_LowEnd_Controller& controller_;
   const std::wstring extension_;
   const bool isTiff_;
-  std::wstring path_;                     // of the file that is being written
-  const std::unique_ptr<char[]> buffer_;  // of output_
-  std::ofstream output_;                  // on path_
-  bool awaitingImageStart_ = true;        // records are dropped until one begins an image
-  bool splitSeen_ = false;                // the device itself began a new file in a TIFF job
+  std::wstring path_;  // of the file that is being written
+  LowEndImageWriter writer_;
+  bool awaitingImageStart_ = true;  // records are dropped until one begins an image
+  bool splitSeen_ = false;          // the device itself began a new file in a TIFF job
 };
 
 #endif  // TVRSCN_FAMILY_LOWEND_LOWEND_IMAGE_FILES_H

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -124,21 +125,44 @@ TEST(StreamSearch, JpegGoesBeforeTiff) {
   EXPECT_EQ(tvrscn::findImageStart(""), std::string::npos);
 }
 
-// The bytes in two pieces, the second with what the first left over.
+std::string cleaned(const std::vector<std::string>& pieces) {
+  tvrscn::BlockMarkerFilter filter;
+  std::string data;
+  for (std::string_view piece : pieces) {
+    while (!piece.empty())
+      data += filter.next(piece);
+  }
+  return data.append(filter.finish());
+}
+
 std::string cleanedInTwo(const std::string& text, std::size_t split) {
-  std::string first = text.substr(0, split);
-  const tvrscn::Cleaned begun = tvrscn::removeBlockMarkers(first.data(), first.size(), false);
-  EXPECT_LE(first.size() - begun.taken, 17U);
-  std::string second = first.substr(begun.taken) + text.substr(split);
-  const tvrscn::Cleaned ended = tvrscn::removeBlockMarkers(second.data(), second.size(), true);
-  EXPECT_EQ(ended.taken, second.size());
-  return first.substr(0, begun.kept) + second.substr(0, ended.kept);
+  return cleaned({text.substr(0, split), text.substr(split)});
 }
 
 TEST(BlockMarkers, GoWhereverThePiecesMeet) {
   const std::string text = "BLOC" + kMarker + kMarker + "BLOabc" + kMarker + "CK" + "BLOCK01";
   for (std::size_t split = 0; split <= text.size(); ++split)
     EXPECT_EQ(cleanedInTwo(text, split), "BLOCBLOabcCK") << split;
+}
+
+TEST(BlockMarkers, GoFromSingleBytes) {
+  std::vector<std::string> bytes;
+  for (const char byte : "BBLBLO" + kMarker + kMarker + "BLOCBLOCBLOCKxBLOCK012345TES\nyBLOC")
+    bytes.emplace_back(1, byte);
+  EXPECT_EQ(cleaned(bytes), "BBLBLOBLOCBLOCES\nyBLOC");
+}
+
+TEST(BlockMarkers, FilesDoNotRunIntoEachOther) {
+  tvrscn::BlockMarkerFilter filter;
+  std::string_view cutMarker = "aBLOCK0";
+  EXPECT_EQ(filter.next(cutMarker), "a");
+  EXPECT_EQ(filter.next(cutMarker), "");
+  EXPECT_EQ(filter.finish(), "");
+  std::string_view cutWord = "bBLO";
+  EXPECT_EQ(filter.next(cutWord), "b");
+  EXPECT_EQ(filter.finish(), "BLO");
+  std::string_view word = "CKc";
+  EXPECT_EQ(filter.next(word), "CKc");
 }
 
 // --- Files ---------------------------------------------------------------------------------------

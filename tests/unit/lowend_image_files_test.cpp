@@ -70,6 +70,8 @@ class LowEndFiles : public LowEndTest {
       lines.push_back("1005 " + path(name));
     return lines;
   }
+  // Whether a cleaning would have its work file is tried when a file is begun.
+  Lines beginning() const { return {"DeleteFileW " + path("temp.bin")}; }
   Lines cleaning(const std::string& name) const {
     return {"CopyFileW " + path("temp.bin") + " " + path(name), "DeleteFileW " + path("temp.bin")};
   }
@@ -130,9 +132,9 @@ TEST_F(LowEndFiles, RecordsMayHoldAnyByte) {
 TEST_F(LowEndFiles, NewFileStartsTheNextOne) {
   EXPECT_EQ(written({kJpeg + "a", "b.NEWFILE" + kJpeg + "c", "d"}),
             (Files{{"Image_1.JPG", kJpeg + "ab"}, {"Image_2.JPG", kJpeg + "cd"}}));
-  expectCalls({cleaning("Image_1.JPG"),
+  expectCalls({beginning(),
                {"Notify 1004", "Notify 1005 " + path("Image_1.JPG")},
-               cleaning("Image_2.JPG"),
+               beginning(),
                {"Notify 1005 " + path("Image_2.JPG")}});
   EXPECT_EQ(controller.GetFileCount(), 3);
 }
@@ -218,6 +220,45 @@ TEST_F(LowEndFiles, MarkerDoesNotRunIntoTheNextFile) {
             (Files{{"Image_1.JPG", kJpeg + "a"}, {"Image_2.JPG", kJpeg + "b"}}));
 }
 
+TEST_F(LowEndFiles, MarkersGoWhileAFileIsWritten) {
+  Files seen;
+  platform.onNotification = [&](const ScanNotification&) {
+    if (seen.empty()) seen = files();
+  };
+  write({kJpeg + "a" + kMarker + "b.", kMarker + ".NEWFILE" + kJpeg});
+  EXPECT_EQ(seen, (Files{{"Image_1.JPG", kJpeg + "ab."}}));
+  EXPECT_EQ(platform.count("CopyFileW"), 0);
+}
+
+TEST_F(LowEndFiles, WorkFileThatCannotBeMadeLeavesTheMarkers) {
+  std::filesystem::create_directory(path("temp.bin"));
+  write({kJpeg + "a" + kMarker + "b"});
+  std::filesystem::remove(path("temp.bin"));
+  EXPECT_EQ(files(), (Files{{"Image_1.JPG", kJpeg + "a" + kMarker + "b"}}));
+  expectCalls({cleaning("Image_1.JPG"), {"Notify 1004", "Notify 1005 " + path("Image_1.JPG")}});
+}
+
+TEST_F(LowEndFiles, WorkFileThatComesToBeCountsFromTheNextFileOn) {
+  std::filesystem::create_directory(path("temp.bin"));
+  platform.onNotification = [&](const ScanNotification&) {
+    std::filesystem::remove(path("temp.bin"));
+  };
+  EXPECT_EQ(written({kJpeg + kMarker, ".NEWFILE" + kJpeg + kMarker, "a"}),
+            (Files{{"Image_1.JPG", kJpeg + kMarker}, {"Image_2.JPG", kJpeg + "a"}}));
+}
+
+TEST_F(LowEndFiles, WorkFileOfABrokenJobGoes) {
+  writeFile(path("temp.bin"), "left behind");
+  EXPECT_EQ(written({kJpeg + kMarker}), (Files{{"Image_1.JPG", kJpeg}}));
+}
+
+TEST_F(LowEndFiles, FileThatHasGoneWhenItIsWholeEndsTheJob) {
+  writeFile(path("Image_1.JPG"), "");
+  platform.onCall("DeleteFileW", 1, [&] { std::filesystem::remove(path("Image_1.JPG")); });
+  EXPECT_THROW(write({kJpeg + "a"}), std::runtime_error);
+  EXPECT_EQ(platform.notifications(), Lines{});
+}
+
 // --- Names and numbers ---------------------------------------------------------------------------
 
 TEST_F(LowEndFiles, NumbersGoOnFromJobToJob) {
@@ -256,7 +297,7 @@ TEST_F(LowEndFiles, TiffIsSplitIntoPages) {
   platform.tiffPages = {"page" + kMarker + "1", "page2", "page3"};
   EXPECT_EQ(written({"IIa" + kMarker, "b"}),
             (Files{{"Image_1.tif", "page1"}, {"Image_2.tif", "page2"}, {"Image_3.tif", "page3"}}));
-  expectCalls({cleaning("tempImage_1.TIF"),
+  expectCalls({beginning(),
                {"GdiWrapper",
                 "ConvertMultiPageTIFF2SinglePageTIFF " + path("tempImage_1.TIF") + " " +
                     path("Image_") + " 1",
@@ -292,7 +333,7 @@ TEST_F(LowEndFiles, PagesAreNumberedFromTheFileCount) {
 TEST_F(LowEndFiles, PageThatIsMissingEndsTheJob) {
   useTiff();
   platform.tiffPages = {"p", "q"};
-  platform.onCall("CopyFileW", 2, [&] { std::filesystem::remove(path("Image_2.tif")); });
+  platform.onCall("CopyFileW", 1, [&] { std::filesystem::remove(path("Image_2.tif")); });
   EXPECT_THROW(write({"II"}), std::runtime_error);
   EXPECT_EQ(files(), (Files{{"Image_1.tif", "p"}, {"tempImage_1.TIF", "II"}}));
   EXPECT_EQ(platform.notifications(), reported({"Image_1.tif"}));
@@ -301,7 +342,7 @@ TEST_F(LowEndFiles, PageThatIsMissingEndsTheJob) {
 TEST_F(LowEndFiles, SplitTiffThatCannotBeDeletedStays) {
   useTiff();
   platform.tiffPages = {"p"};
-  platform.failCall("DeleteFileW", 3);
+  platform.failCall("DeleteFileW", 3);  // behind the two of the work file
   EXPECT_EQ(written({"II"}), (Files{{"Image_1.tif", "p"}, {"tempImage_1.TIF", "II"}}));
   EXPECT_EQ(platform.notifications(), reported({"Image_1.tif"}));
 }
@@ -309,7 +350,7 @@ TEST_F(LowEndFiles, SplitTiffThatCannotBeDeletedStays) {
 TEST_F(LowEndFiles, TiffThatGivesNoPagesKeepsItsTemporaryName) {
   useTiff();
   EXPECT_EQ(written({"IIa" + kMarker}), (Files{{"tempImage_1.TIF", "IIa"}}));
-  expectCalls({cleaning("tempImage_1.TIF"),
+  expectCalls({beginning(),
                {"GdiWrapper",
                 "ConvertMultiPageTIFF2SinglePageTIFF " + path("tempImage_1.TIF") + " " +
                     path("Image_") + " 1",

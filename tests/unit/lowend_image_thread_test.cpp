@@ -474,12 +474,13 @@ TEST_F(Worker, ExceptionOfTheCallbackFailsTheJob) {
   expectReleased();
 }
 
-TEST_F(Worker, FileInWorkStaysAsFarAsItHadCome) {
+TEST_F(Worker, FilesStayAsFarAsTheyHadCome) {
   device.packet(kJpeg + "a").lastPacket("b.NEWFILE" + kJpeg + "c");
-  platform.onCall("CopyFileW", 1, [] { throw std::runtime_error("x"); });
+  platform.onCall("DeleteFileW", 2, [] { throw std::runtime_error("x"); });
   EXPECT_EQ(work(), 15007U);
   EXPECT_EQ(pageOf("Image_1.JPG"), kJpeg + "ab");
-  EXPECT_EQ(platform.notifications(), Lines{"1011"});
+  EXPECT_EQ(pageOf("Image_2.JPG"), "");
+  EXPECT_EQ(platform.notifications(), (Lines{"1004", "1005 " + image(1), "1011"}));
 }
 
 TEST_F(Worker, MoreBytesThanAnnouncedFailTheJob) {
