@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds everything and passes all tests: formatting and lint, the native suite, the Windows libraries and
-# their tests under Wine, the native suite under AddressSanitizer with UndefinedBehaviorSanitizer, what has
-# threads under ThreadSanitizer, and some fuzzing. Ends with one line, "N passed, N failed". Logs
+# their tests under Wine, the native suite under AddressSanitizer with UndefinedBehaviorSanitizer, some
+# fuzzing, and what has threads under ThreadSanitizer. Ends with one line, "N passed, N failed". Logs
 # stay in build/logs.
 #
 # In the whole run the tests of the core, which need nothing of the system, run sanitized only, and the
@@ -60,15 +60,15 @@ build() {
   local preset=$1 log="$logs/build-$1.log" target=() options=(-DTVRSCN_BUILD_TESTS=ON)
   shift
   # Reading headers once saves a third of the time. Where gcc optimises it sees phantoms in such headers,
-  # so the libraries have them in the sanitized build alone.
+  # so it has them for the tests alone.
   case "$preset" in
     linux)
       options+=(-DTVRSCN_BUILD_BENCHMARKS=ON -DTVRSCN_PRECOMPILE=TESTS -DTVRSCN_TEST_CORE=ON)
       # They run sanitized.
       if wanted sanitize; then options+=(-DTVRSCN_TEST_CORE=OFF); fi
       ;;
-    windows | tsan) options+=(-DTVRSCN_PRECOMPILE=TESTS) ;;
-    sanitize) options+=(-DTVRSCN_PRECOMPILE=ALL) ;;
+    windows) options+=(-DTVRSCN_PRECOMPILE=TESTS) ;;
+    sanitize | fuzz | tsan) options+=(-DTVRSCN_PRECOMPILE=ALL) ;;
   esac
   for name in "$@"; do target+=(--target "$name"); done
   # demo.sh may have configured without tests and benchmarks.
@@ -172,8 +172,8 @@ windows_tests() {
 }
 
 sanitized_tests() {
-  mapfile -t programs <build/sanitize/tests/programs.txt
-  run_programs sanitize "" 4 "${programs[@]}"
+  mapfile -t programs <build/fuzz/tests/programs.txt
+  run_programs fuzz "" 4 "${programs[@]}"
 }
 
 threaded=(platform_tests alerts_tests status_server_tests e2e_tests)
@@ -213,9 +213,14 @@ if wanted windows; then
   if build windows; then beside windows windows_tests; fi
 fi
 
+# clang's sanitizers see more than gcc's, and its build is that of the fuzz targets as well.
 if wanted sanitize; then
   say "sanitized build"
-  if build sanitize; then beside sanitized sanitized_tests; fi
+  if build fuzz; then beside sanitized sanitized_tests; fi
+  # What others build for tests of their own.
+  if build sanitize tvrscn_USBClient tvrscan; then
+    check "sanitized tvrscan" build/sanitize/tvrscan --version
+  fi
 fi
 
 if wanted tsan; then

@@ -57,7 +57,9 @@ function(tvrscn_configure target)
               -Wcast-align
               -Wformat=2
               -Wnull-dereference
-              -Wdouble-promotion)
+              -Wdouble-promotion
+              # The classes are the same everywhere, and not every system needs each member.
+              $<$<CXX_COMPILER_ID:Clang>:-Wno-unused-private-field>)
   endif()
   if(TVRSCN_SANITIZE)
     # These two warnings see phantoms in instrumented code.

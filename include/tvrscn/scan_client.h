@@ -22,7 +22,7 @@
 
 // Which controller a client drives. Values without a name, 3 and 4 among them, are not served: the
 // client is built all the same, and its first use of the device ends the process with a message.
-enum ControllerType {
+enum ControllerType : std::int32_t {
   CONTROLLER_QZ = 1,
   CONTROLLER_HP = 2,
   CONTROLLER_HP_ALT = 5,  // the same controller as CONTROLLER_HP

@@ -23,8 +23,8 @@ struct FreeOptions {
 
 // Keeps what libtiff has to say from standard error. The handlers belong to one file, so that
 // nobody else's use of libtiff in this process is touched.
-int keepError(TIFF* /*tiff*/, void* text, const char* /*module*/, const char* format,
-              va_list arguments) {
+[[gnu::format(printf, 4, 0)]] int keepError(TIFF* /*tiff*/, void* text, const char* /*module*/,
+                                            const char* format, va_list arguments) {
   char line[256];
   std::vsnprintf(line, sizeof line, format, arguments);
   *static_cast<std::string*>(text) = line;
