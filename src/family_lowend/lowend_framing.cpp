@@ -32,6 +32,14 @@ constexpr wchar_t kWorkFile[] = L"temp.bin";
 // Of a file at a time: enough to make a transfer cheap, small enough for the processor's cache.
 constexpr std::size_t kWindow = 256U * 1024U;
 
+// A name as the cleaning reaches it: by the low byte of each character, in whatever encoding the
+// system reads that. One that holds a zero byte then would be another name, and is none here.
+std::string narrowedName(const std::wstring& path) {
+  std::string name = tvrscn::narrow(path);
+  if (name.find('\0') != std::string::npos) name.clear();
+  return name;
+}
+
 void eraseMarker(std::string& text, std::size_t position) {
   if (text.size() - position < kMarkerSize) {
     throw std::out_of_range("a block marker reaches beyond its packet");
@@ -145,27 +153,8 @@ void BlockMarkerFilter::skipMarker() {
   skip_ = kMarkerSize - kFileMarker.size();
 }
 
-std::string narrowedName(const std::wstring& path) {
-  std::string name = narrow(path);
-  if (name.find('\0') != std::string::npos) name.clear();
-  return name;
-}
-
 std::string workFileName(const std::wstring& imageFolder) {
   return narrowedName(imageFolder + kPathSeparator + kWorkFile);
-}
-
-std::ifstream openForCleaning(const std::wstring& path) {
-  std::ifstream input(narrowedName(path), std::ios::binary);
-  // A folder can be opened on some systems, but never read.
-  if (input.is_open()) input.peek();
-  if (!input.is_open() || input.bad()) {
-    throw std::runtime_error(
-        "Exception thrown from RemoveBlockToBytesWithNewline due to Input Image file to process is "
-        "not available");
-  }
-  input.clear();  // an empty file is at its end by now
-  return input;
 }
 
 }  // namespace tvrscn
@@ -192,7 +181,15 @@ std::string USB_LowEnd_Controller::RemoveBlockBytesFromUSBPackets(const std::str
 
 void USB_LowEnd_Controller::RemoveBlockToBytesWithNewline(const std::wstring& path) {
   const std::string workFile = tvrscn::workFileName(m_imageFolderPath);
-  std::ifstream input = tvrscn::openForCleaning(path);
+  std::ifstream input(narrowedName(path), std::ios::binary);
+  // A folder can be opened on some systems, but never read.
+  if (input.is_open()) input.peek();
+  if (!input.is_open() || input.bad()) {
+    throw std::runtime_error(
+        "Exception thrown from RemoveBlockToBytesWithNewline due to Input Image file to process is "
+        "not available");
+  }
+  input.clear();  // an empty file is at its end by now
   std::ofstream output(workFile, std::ios::binary | std::ios::trunc);
   cleanInto(input, output);
   input.close();

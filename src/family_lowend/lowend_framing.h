@@ -3,7 +3,6 @@
 #define TVRSCN_FAMILY_LOWEND_LOWEND_FRAMING_H
 
 #include <cstddef>
-#include <fstream>
 #include <string>
 #include <string_view>
 
@@ -34,15 +33,9 @@ class BlockMarkerFilter {
   std::size_t skip_ = 0;  // bytes of a marker that are still to come
 };
 
-// Narrowed as the cleaning reaches files: by the low byte of each character, in whatever encoding
-// the system reads that. A name that would hold a zero byte then is empty, which is no file's.
-std::string narrowedName(const std::wstring& path);
-
-// The file that a cleaning goes through, in the folder of the images.
+// The file that a cleaning goes through, in the folder of the images, as the cleaning reaches it:
+// by the low byte of each character.
 std::string workFileName(const std::wstring& imageFolder);
-
-// Opens a finished image under its narrowed name. Throws std::runtime_error when it cannot be read.
-std::ifstream openForCleaning(const std::wstring& path);
 
 }  // namespace tvrscn
 

@@ -92,11 +92,7 @@ void LowEndImageFiles::finishLastFile() {
 
 // Of the file that has just been closed.
 void LowEndImageFiles::cleanWritten() {
-  if (writer_.isCleaned()) {
-    tvrscn::openForCleaning(path_);  // it has to be there all the same
-  } else {
-    controller_.RemoveBlockToBytesWithNewline(path_);
-  }
+  if (!writer_.isCleaned()) controller_.RemoveBlockToBytesWithNewline(path_);
 }
 
 // False when the file gave no pages; nothing has changed then.

@@ -20,6 +20,9 @@ class LowEndImageWriter {
  public:
   // imageFolder is that of the work file.
   explicit LowEndImageWriter(const std::wstring& imageFolder);
+  ~LowEndImageWriter();
+  LowEndImageWriter(const LowEndImageWriter&) = delete;
+  LowEndImageWriter& operator=(const LowEndImageWriter&) = delete;
 
   // Empties the file or makes it.
   void open(const std::wstring& path);
@@ -31,14 +34,15 @@ class LowEndImageWriter {
   bool isCleaned() const { return cleans_; }
 
  private:
-  bool canBeCleaned(const std::wstring& path) const;
   void put(std::string_view bytes);
+  void writeBlock();
 
-  const std::string workFile_;
-  const std::unique_ptr<char[]> buffer_;  // of output_
+  const bool workFileCanBeMade_;
   std::ofstream output_;
   bool cleans_ = false;
   tvrscn::BlockMarkerFilter markers_;
+  const std::unique_ptr<char[]> block_;  // of what is next to be written
+  std::size_t held_ = 0;                 // bytes of it
 };
 
 #endif  // TVRSCN_FAMILY_LOWEND_LOWEND_IMAGE_WRITER_H

@@ -70,7 +70,7 @@ class LowEndFiles : public LowEndTest {
       lines.push_back("1005 " + path(name));
     return lines;
   }
-  // Whether a cleaning would have its work file is tried when a file is begun.
+  // Whether a cleaning would have its work file is tried when a job's files are begun.
   Lines beginning() const { return {"DeleteFileW " + path("temp.bin")}; }
   Lines cleaning(const std::string& name) const {
     return {"CopyFileW " + path("temp.bin") + " " + path(name), "DeleteFileW " + path("temp.bin")};
@@ -134,7 +134,6 @@ TEST_F(LowEndFiles, NewFileStartsTheNextOne) {
             (Files{{"Image_1.JPG", kJpeg + "ab"}, {"Image_2.JPG", kJpeg + "cd"}}));
   expectCalls({beginning(),
                {"Notify 1004", "Notify 1005 " + path("Image_1.JPG")},
-               beginning(),
                {"Notify 1005 " + path("Image_2.JPG")}});
   EXPECT_EQ(controller.GetFileCount(), 3);
 }
@@ -238,25 +237,9 @@ TEST_F(LowEndFiles, WorkFileThatCannotBeMadeLeavesTheMarkers) {
   expectCalls({cleaning("Image_1.JPG"), {"Notify 1004", "Notify 1005 " + path("Image_1.JPG")}});
 }
 
-TEST_F(LowEndFiles, WorkFileThatComesToBeCountsFromTheNextFileOn) {
-  std::filesystem::create_directory(path("temp.bin"));
-  platform.onNotification = [&](const ScanNotification&) {
-    std::filesystem::remove(path("temp.bin"));
-  };
-  EXPECT_EQ(written({kJpeg + kMarker, ".NEWFILE" + kJpeg + kMarker, "a"}),
-            (Files{{"Image_1.JPG", kJpeg + kMarker}, {"Image_2.JPG", kJpeg + "a"}}));
-}
-
 TEST_F(LowEndFiles, WorkFileOfABrokenJobGoes) {
   writeFile(path("temp.bin"), "left behind");
   EXPECT_EQ(written({kJpeg + kMarker}), (Files{{"Image_1.JPG", kJpeg}}));
-}
-
-TEST_F(LowEndFiles, FileThatHasGoneWhenItIsWholeEndsTheJob) {
-  writeFile(path("Image_1.JPG"), "");
-  platform.onCall("DeleteFileW", 1, [&] { std::filesystem::remove(path("Image_1.JPG")); });
-  EXPECT_THROW(write({kJpeg + "a"}), std::runtime_error);
-  EXPECT_EQ(platform.notifications(), Lines{});
 }
 
 // --- Names and numbers ---------------------------------------------------------------------------
