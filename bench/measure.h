@@ -14,6 +14,7 @@
 #include <vector>
 
 #include <malloc.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -64,6 +65,21 @@ double peakOfChild(Prepare prepare, Step step) {
   close(ends[0]);
   waitpid(child, nullptr, 0);
   return peak;
+}
+
+// What the system takes to give memory of this size, to be touched once, and to take it back: a
+// cost of every buffer that is needed whole, whoever fills it. Machines differ in it by a factor of
+// ten.
+inline double secondsOfFreshMemory(std::size_t size) {
+  constexpr std::size_t kSmallestPage = 4096;
+  return seconds([size] {
+    void* const memory =
+        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) std::abort();
+    for (std::size_t i = 0; i < size; i += kSmallestPage)
+      static_cast<volatile char*>(memory)[i] = 1;
+    munmap(memory, size);
+  });
 }
 
 // A folder of the benchmark's own in the one for temporary files.
