@@ -5,8 +5,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 out=${1:-demo-pages}
 
-scripts/install-packages.sh build-essential cmake ninja-build libcli11-dev libjpeg62-turbo-dev \
-  libpng-dev libtiff-dev nlohmann-json3-dev
+scripts/install-packages.sh --build
 if [ ! -e build/linux/build.ninja ]; then
   # A machine without the test libraries still gets its demo.
   tests=ON benchmarks=ON

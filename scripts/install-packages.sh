@@ -1,13 +1,12 @@
 #!/usr/bin/env bash
-# Installs the packages of packages.txt that this machine lacks. With all there it does nothing, so it
-# can stand in front of every build. Arguments, if any, replace the list.
+# Installs the packages of packages-build.txt and packages-checks.txt that this machine lacks; with --build
+# those of the first alone. With all there it does nothing, so it can stand in front of every build.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 
-wanted=("$@")
-if [ ${#wanted[@]} -eq 0 ]; then
-  mapfile -t wanted < <(grep -v '^#' "$here/packages.txt")
-fi
+lists=("$here/packages-build.txt")
+[ "${1:-}" = --build ] || lists+=("$here/packages-checks.txt")
+mapfile -t wanted < <(grep -hv '^#' "${lists[@]}")
 
 missing=()
 for package in "${wanted[@]}"; do
