@@ -112,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(TvrscanLowEnd, ADeviceThatFallsSilentTimesOut) {
   for (const char* fault : {"stall@status", "drop=2"}) {
     const auto scan = startScan({"--feeder", "2", "--fault", fault, "--timeout", "1"});
-    EXPECT_EQ(scan->wait(), 12) << fault << scan->errors();
+    EXPECT_EQ(scan->wait(std::chrono::seconds(20)), 12) << fault << scan->errors();
     EXPECT_NE(scan->errors().find("while waiting for the "), std::string::npos) << scan->errors();
     EXPECT_EQ(names(out()), Names{});
     expectNothingLeft();
@@ -123,7 +123,7 @@ TEST_F(TvrscanLowEnd, CtrlCEndsAJobWhoseWorkerReads) {
   const auto scan = startScan({"--fault", "stall@image"});
   ASSERT_TRUE(scan->waitForOutput("the pages come all together")) << scan->errors();
   scan->signal(SIGINT);
-  EXPECT_EQ(scan->wait(), 130) << scan->errors();
+  EXPECT_EQ(scan->wait(std::chrono::seconds(10)), 130) << scan->errors();
   EXPECT_NE(scan->errors().find("interrupted"), std::string::npos) << scan->errors();
   expectNothingLeft();
 }

@@ -200,7 +200,7 @@ TEST_F(TvrscanModels, TheOnlyScannerIsScannedWithByItsFamily) {
     EXPECT_EQ(json::parse(scan->outputLines().at(0))["family"], family);
     EXPECT_EQ(names(out()).size(), ++pages) << scan->errors();
     scanner->signal(SIGINT);
-    EXPECT_EQ(scanner->wait(), 0) << scanner->errors();
+    EXPECT_EQ(scanner->wait(std::chrono::seconds(10)), 0) << scanner->errors();
   }
   expectNothingLeft();
 }

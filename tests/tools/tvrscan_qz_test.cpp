@@ -90,7 +90,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(TvrscanQz, ADeviceThatFallsSilentTimesOut) {
   const auto scan = startScan({"--fault", "stall@read", "--timeout", "1"});
-  EXPECT_EQ(scan->wait(), 12) << scan->errors();
+  EXPECT_EQ(scan->wait(std::chrono::seconds(20)), 12) << scan->errors();
   EXPECT_NE(scan->errors().find("while waiting for the first page"), std::string::npos)
       << scan->errors();
   expectNothingLeft();
@@ -108,7 +108,7 @@ TEST_F(TvrscanQz, ASecondScanSaysThatItWaitsAndGetsItsTurn) {
   }
   ASSERT_NE(second, nullptr) << "no scan has to wait";
   first->signal(SIGINT);
-  EXPECT_EQ(first->wait(), 130);
+  EXPECT_EQ(first->wait(std::chrono::seconds(10)), 130);
   EXPECT_EQ(second->wait(), 0) << second->errors();
 }
 
@@ -190,7 +190,7 @@ TEST_F(TvrscanStore, CtrlCEndsACommandThatGetsNoAnswer) {
   const auto store = start({"store", "wake-up"});
   ASSERT_TRUE(store->waitForOutput("a message box without words")) << store->errors();
   store->signal(SIGINT);
-  EXPECT_EQ(store->wait(), 130) << store->errors();
+  EXPECT_EQ(store->wait(std::chrono::seconds(10)), 130) << store->errors();
 }
 
 // The root of this machine is not written to: the program gets a root of its own, with the folders

@@ -178,7 +178,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(TvrscanTest, AStalledDeviceTimesOut) {
   const auto scan = startScan({"--fault", "stall@window", "--timeout", "1"});
-  EXPECT_EQ(scan->wait(), 12) << scan->errors();
+  EXPECT_EQ(scan->wait(std::chrono::seconds(20)), 12) << scan->errors();
   EXPECT_NE(scan->errors().find("the answer to RESERVE UNIT or SET WINDOW"), std::string::npos)
       << scan->errors();
   expectNothingLeft();
@@ -186,7 +186,7 @@ TEST_F(TvrscanTest, AStalledDeviceTimesOut) {
 
 TEST_F(TvrscanTest, AnUnpluggedDeviceTimesOutWithItsPages) {
   const auto scan = startScan({"--feeder", "2", "--fault", "drop=2", "--timeout", "1"});
-  EXPECT_EQ(scan->wait(), 12) << scan->errors();
+  EXPECT_EQ(scan->wait(std::chrono::seconds(20)), 12) << scan->errors();
   EXPECT_EQ(names(out()), Names{"Image_1.jpg"});
   EXPECT_NE(scan->errors().find("1 page is safe"), std::string::npos) << scan->errors();
   expectNothingLeft();
@@ -198,7 +198,7 @@ TEST_F(TvrscanTest, CtrlCNamesThePagesThatAreSafe) {
     const auto scan = startScan({"--fault", "stall@abort"});
     ASSERT_TRUE(scan->waitForOutput("Image_1.jpg\n")) << scan->errors();
     scan->signal(signal);
-    EXPECT_EQ(scan->wait(), 130) << scan->errors();
+    EXPECT_EQ(scan->wait(std::chrono::seconds(10)), 130) << scan->errors();
     EXPECT_NE(scan->errors().find("interrupted"), std::string::npos) << scan->errors();
     EXPECT_NE(scan->errors().find("1 page is safe"), std::string::npos) << scan->errors();
     EXPECT_EQ(names(out()), Names{"Image_1.jpg"});
@@ -263,7 +263,7 @@ TEST_F(TvrscanTest, AScannerInAnotherProcessIsFoundListedAndUsed) {
   EXPECT_EQ(names(out()).size(), 4U);
 
   scanner->signal(SIGINT);
-  EXPECT_EQ(scanner->wait(), 0) << scanner->errors();
+  EXPECT_EQ(scanner->wait(std::chrono::seconds(10)), 0) << scanner->errors();
   EXPECT_EQ(names(devices()), Names{});
   expectNothingLeft();
 }
