@@ -1,4 +1,5 @@
 // From records to files: where a record is cut, what each file is called, and what is told of it.
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -235,6 +236,30 @@ TEST_F(LowEndFiles, WorkFileThatCannotBeMadeLeavesTheMarkers) {
   std::filesystem::remove(path("temp.bin"));
   EXPECT_EQ(files(), (Files{{"Image_1.JPG", kJpeg + "a" + kMarker + "b"}}));
   expectCalls({cleaning("Image_1.JPG"), {"Notify 1004", "Notify 1005 " + path("Image_1.JPG")}});
+}
+
+TEST_F(LowEndFiles, FilesLargerThanABlockLoseTheirMarkersToo) {
+  // 1000 bytes without markers, six hundred times, in records that fall anywhere.
+  std::string stream = kJpeg;
+  std::string cleaned = kJpeg;
+  for (int i = 0; i < 600; ++i) {
+    const std::string bytes(1000, static_cast<char>('a' + i % 26));
+    stream += bytes + kMarker;
+    cleaned += bytes;
+  }
+  Records records;
+  for (std::size_t at = 0; at < stream.size(); at += 7001)
+    records.push_back(stream.substr(at, 7001));
+  EXPECT_TRUE(written(records) == (Files{{"Image_1.JPG", cleaned}}));
+}
+
+TEST_F(LowEndFiles, FileInWorkStaysAsFarAsItHadCome) {
+  {
+    LowEndImageWriter writer(folder.path().wstring());
+    writer.open((folder.path() / "Image_1.JPG").wstring());
+    writer.write("image" + kMarker + "BLO");
+  }
+  EXPECT_EQ(files(), (Files{{"Image_1.JPG", "imageBLO"}}));
 }
 
 TEST_F(LowEndFiles, WorkFileOfABrokenJobGoes) {
